@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "TQPlatform/Bytes.hpp"
+
+namespace tq {
+
+/// How a child process ended.
+struct ChildResult {
+  Bytes output;           ///< everything it wrote to its standard output
+  int status = 0;         ///< its exit status, or the number of the signal that ended it
+  bool timedOut = false;  ///< it was stopped because it ran out of time; `status` then says nothing
+};
+
+/// What a child may use before it is stopped.
+struct ChildLimits {
+  std::chrono::duration<double> time;                     ///< wall clock, from the launch
+  std::chrono::duration<double> grace{3.0};               ///< between SIGTERM and SIGKILL
+  std::size_t outputBytes = std::size_t{256} * 1024 * 1024;  ///< more standard output than this ends it like a time-out
+};
+
+/// Runs a program to its end and collects its standard output; its standard error is read and thrown away, its standard
+/// input is empty. Blocks the calling thread. The child leads a process group of its own: when its time is over the whole
+/// group gets SIGTERM, and SIGKILL after the grace, also when a grandchild alone still holds the pipes. No descriptor of
+/// this process but the three standard ones reaches the child, and no zombie stays.
+///
+/// Throws `SystemError` when the program cannot be launched.
+ChildResult runChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                     const ChildLimits& limits);
+
+}  // namespace tq

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+
+#include "TQPlatform/Bytes.hpp"
+
+namespace tq {
+
+/// POSIX permission bits, as in `chmod`: 0600.
+using FileMode = unsigned;
+
+/// True when something exists at `path`; a link counts as what it points to. Any failed look counts as "no".
+bool fileExists(const std::filesystem::path& path);
+
+/// True when `path` is a regular file that the current user may execute.
+bool isExecutableFile(const std::filesystem::path& path);
+
+/// Size in bytes. Throws `SystemError` when the file cannot be looked at.
+std::int64_t fileSize(const std::filesystem::path& path);
+
+/// A file opened for reading from its start, in pieces. Closed by the destructor.
+class FileReader {
+ public:
+  /// Throws `SystemError` when the file cannot be opened.
+  explicit FileReader(std::filesystem::path path);
+  ~FileReader();
+  FileReader(const FileReader&) = delete;
+  FileReader& operator=(const FileReader&) = delete;
+
+  /// Fills `buffer` as far as the file reaches and tells how many bytes it got; 0 only at the end of the file.
+  /// Throws `SystemError` on a failed read.
+  std::size_t read(std::span<std::uint8_t> buffer);
+
+ private:
+  std::filesystem::path path_;
+  int descriptor_;
+};
+
+/// The whole content. Throws `SystemError` when it cannot be read; a folder is such a case.
+Bytes readFile(const std::filesystem::path& path);
+
+/// Creates the folder and all missing parents; those it creates get `mode` less the umask. An existing folder is fine.
+/// Throws `SystemError`, also when a file is in the way.
+void createFolders(const std::filesystem::path& path, FileMode mode = 0777);
+
+/// Throws `SystemError`.
+void setFileMode(const std::filesystem::path& path, FileMode mode);
+
+/// Replaces the content of `path` in one step: a reader sees the old file or the new one, and so does the next start after
+/// a power cut. The bytes go to a temporary file in the same folder, created with its final mode before its first byte;
+/// all writes are checked, then fsync, rename, fsync of the folder. On any failure the temporary file is removed, the old
+/// file is untouched and a `SystemError` naming `path` is thrown.
+///
+/// A file that exists keeps its mode unless `mode` is given; a new one gets `mode`, or 0666 less the umask. A file that has
+/// no write permission is not replaced (EACCES), although rename could: its owner locked it.
+void writeFileAtomically(const std::filesystem::path& path, ByteView content, std::optional<FileMode> mode = std::nullopt);
+
+}  // namespace tq

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tq {
+
+// Text is UTF-8. A character is what a reader takes for one: an extended grapheme cluster (UAX 29). White space is the
+// Unicode property White_Space, line breaks included. All functions accept any bytes; malformed ones count as one
+// character each and are never changed.
+
+bool isValidUTF8(std::string_view text);
+
+/// `text` with every malformed sequence replaced by U+FFFD.
+std::string validUTF8(std::string_view text);
+
+std::size_t characterCount(std::string_view text);
+
+/// The first `count` characters, or the whole text when it has no more.
+std::string_view characterPrefix(std::string_view text, std::size_t count);
+
+/// Without white space and line breaks at both ends.
+std::string_view trimmed(std::string_view text);
+
+/// Full Unicode lower-casing, root locale.
+std::string lowercased(std::string_view text);
+
+}  // namespace tq

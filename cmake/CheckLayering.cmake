@@ -1,0 +1,64 @@
+# Fails when a source file includes what its layer must not see.
+#   cmake -DTQ_ROOT=<root> -P CheckLayering.cmake
+# Three rules: a quoted include names a layer at or below its own; an angled include outside TQPlatform is a header of
+# the C++ standard library (TarquelApp may also include Qt); nothing below the tests includes tests.
+
+cmake_policy(SET CMP0057 NEW)
+include(${CMAKE_CURRENT_LIST_DIR}/Layers.cmake)
+
+set(STANDARD_HEADERS
+  algorithm any array atomic barrier bit bitset cctype cerrno cfenv cfloat charconv chrono cinttypes climits clocale cmath
+  codecvt compare complex concepts condition_variable coroutine csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib
+  cstring ctime cuchar cwchar cwctype deque exception execution filesystem forward_list fstream functional future
+  initializer_list iomanip ios iosfwd iostream istream iterator latch limits list locale map memory memory_resource mutex
+  new numbers numeric optional ostream queue random ranges ratio regex scoped_allocator semaphore set shared_mutex
+  source_location span sstream stack stdexcept stop_token streambuf string string_view strstream syncstream system_error
+  thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant vector version)
+
+set(faults "")
+
+function(check_file file layer visible foreignAllowed)
+  file(STRINGS ${TQ_ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include")
+  foreach(line IN LISTS lines)
+    if(line MATCHES "\"([^\"]+)\"")
+      string(REGEX REPLACE "/.*" "" room "${CMAKE_MATCH_1}")
+      if(NOT room IN_LIST visible)
+        set(faults "${faults}\n  ${file}: \"${CMAKE_MATCH_1}\" is not below ${layer}")
+      endif()
+    elseif(line MATCHES "<([^>]+)>")
+      set(header ${CMAKE_MATCH_1})
+      if(NOT header IN_LIST STANDARD_HEADERS AND NOT foreignAllowed STREQUAL "any"
+         AND NOT (foreignAllowed STREQUAL "Qt" AND header MATCHES "^Q[A-Z]"))
+        set(faults "${faults}\n  ${file}: <${header}> may be included in TQPlatform only")
+      endif()
+    endif()
+  endforeach()
+  set(faults "${faults}" PARENT_SCOPE)
+endfunction()
+
+set(visible "")
+foreach(layer IN LISTS TQ_LAYERS)
+  list(APPEND visible ${layer})
+  set(foreign none)
+  if(layer STREQUAL TQPlatform)
+    set(foreign any)
+  elseif(layer STREQUAL TarquelApp)
+    set(foreign Qt)
+  endif()
+  file(GLOB_RECURSE files RELATIVE ${TQ_ROOT} ${TQ_ROOT}/Sources/${layer}/*.hpp ${TQ_ROOT}/Sources/${layer}/*.cpp)
+  foreach(file IN LISTS files)
+    check_file(${file} ${layer} "${visible}" ${foreign})
+  endforeach()
+endforeach()
+
+# The command-line programs stand on the engine, beside the window.
+set(engine ${TQ_LAYERS})
+list(REMOVE_ITEM engine TarquelApp)
+file(GLOB_RECURSE files RELATIVE ${TQ_ROOT} ${TQ_ROOT}/Tools/*.hpp ${TQ_ROOT}/Tools/*.cpp)
+foreach(file IN LISTS files)
+  check_file(${file} Tools "${engine};Tools" none)
+endforeach()
+
+if(faults)
+  message(FATAL_ERROR "The layering is broken:${faults}")
+endif()
