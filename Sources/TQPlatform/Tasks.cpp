@@ -1,0 +1,115 @@
+#include "TQPlatform/Tasks.hpp"
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <vector>
+
+#include "TQPlatform/Cancelled.hpp"
+
+namespace tq {
+
+namespace {
+
+/// What the workers of one `forEachWindowed` share.
+class Window {
+ public:
+  Window(std::size_t count, const std::function<void(std::size_t, std::stop_token)>& body)
+      : count_(count), body_(body) {}
+
+  void work() {
+    while (const auto index = next()) {
+      try {
+        body_(*index, stopSource_.get_token());
+      } catch (...) {
+        fail(std::current_exception());
+      }
+    }
+  }
+
+  void fail(std::exception_ptr error) {
+    {
+      std::lock_guard lock(mutex_);
+      if (!error_) error_ = std::move(error);
+    }
+    stopSource_.request_stop();
+  }
+
+  std::exception_ptr error() const {
+    std::lock_guard lock(mutex_);
+    return error_;
+  }
+
+ private:
+  std::optional<std::size_t> next() {
+    std::lock_guard lock(mutex_);
+    if (error_ || next_ == count_) return std::nullopt;
+    return next_++;
+  }
+
+  const std::size_t count_;
+  const std::function<void(std::size_t, std::stop_token)>& body_;
+  std::stop_source stopSource_;
+  mutable std::mutex mutex_;
+  std::size_t next_ = 0;
+  std::exception_ptr error_;
+};
+
+}  // namespace
+
+void forEachWindowed(std::size_t count, std::size_t width, std::stop_token stop,
+                     const std::function<void(std::size_t, std::stop_token)>& body) {
+  Window window(count, body);
+  {
+    const std::stop_callback cancel(stop, [&] { window.fail(std::make_exception_ptr(Cancelled())); });
+    std::vector<std::jthread> workers;
+    const std::size_t workerCount = std::min(count, std::max<std::size_t>(width, 1));
+    for (std::size_t number = 0; number < workerCount; ++number)
+      workers.emplace_back([&window] { window.work(); });
+  }
+  if (const auto error = window.error()) std::rethrow_exception(error);
+}
+
+TaskScope::~TaskScope() {
+  stopAndWait();
+}
+
+std::stop_source TaskScope::start(std::function<void(std::stop_token)> body) {
+  const auto ended = takeEnded();
+  std::lock_guard lock(mutex_);
+  Task& task = *tasks_.emplace_back(std::make_unique<Task>());
+  task.thread = std::jthread([this, &task, body = std::move(body)](std::stop_token stop) {
+    body(std::move(stop));
+    std::lock_guard endLock(mutex_);
+    task.ended = true;
+  });
+  return task.thread.get_stop_source();
+}
+
+void TaskScope::stopAndWait() {
+  for (;;) {
+    std::list<std::unique_ptr<Task>> tasks;
+    {
+      std::lock_guard lock(mutex_);
+      tasks.swap(tasks_);
+    }
+    if (tasks.empty()) return;
+    for (const auto& task : tasks)
+      task->thread.request_stop();
+    for (const auto& task : tasks)
+      task->thread.join();
+  }
+}
+
+std::list<std::unique_ptr<TaskScope::Task>> TaskScope::takeEnded() {
+  std::list<std::unique_ptr<Task>> ended;
+  std::lock_guard lock(mutex_);
+  for (auto task = tasks_.begin(); task != tasks_.end();) {
+    const auto next = std::next(task);
+    if ((*task)->ended) ended.splice(ended.end(), tasks_, task);
+    task = next;
+  }
+  return ended;
+}
+
+}  // namespace tq
