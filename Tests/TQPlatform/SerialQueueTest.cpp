@@ -1,0 +1,61 @@
+#include "TQPlatform/SerialQueue.hpp"
+
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <vector>
+
+namespace tq {
+namespace {
+
+TEST(SerialQueue, RunsItemsInTheOrderOfPosting) {
+  SerialQueue queue;
+  std::vector<int> order;
+  for (int number = 0; number < 100; ++number) queue.post([&order, number] { order.push_back(number); });
+  queue.flush();
+  ASSERT_EQ(order.size(), 100u);
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(SerialQueue, PostingDoesNotWaitForARunningItem) {
+  SerialQueue queue;
+  std::latch running(1), release(1);
+  int ran = 0;
+  queue.post([&] {
+    running.count_down();
+    release.wait();
+    ++ran;
+  });
+  running.wait();
+  queue.post([&] { ++ran; });
+  release.count_down();
+  queue.flush();
+  EXPECT_EQ(ran, 2);
+}
+
+TEST(SerialQueue, AnItemMayPostAnother) {
+  SerialQueue queue;
+  std::latch second(1);
+  queue.post([&] { queue.post([&] { second.count_down(); }); });
+  second.wait();
+}
+
+TEST(SerialQueue, TheEndWaitsForTheItemThatIsRunning) {
+  bool ended = false;
+  std::latch running(1), release(1);
+  std::jthread releaser;
+  {
+    SerialQueue queue;
+    queue.post([&] {
+      running.count_down();
+      release.wait();
+      ended = true;
+    });
+    running.wait();
+    releaser = std::jthread([&] { release.count_down(); });
+  }
+  EXPECT_TRUE(ended);
+}
+
+}  // namespace
+}  // namespace tq
