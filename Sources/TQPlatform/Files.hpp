@@ -6,6 +6,7 @@
 #include <span>
 
 #include "TQPlatform/Bytes.hpp"
+#include "TQPlatform/Descriptor.hpp"
 
 namespace tq {
 
@@ -21,14 +22,12 @@ bool isExecutableFile(const std::filesystem::path& path);
 /// Size in bytes. Throws `SystemError` when the file cannot be looked at.
 std::int64_t fileSize(const std::filesystem::path& path);
 
-/// A file opened for reading from its start, in pieces. Closed by the destructor.
+/// A regular file opened for reading from its start, in pieces. Closed by the destructor.
 class FileReader {
  public:
-  /// Throws `SystemError` when the file cannot be opened.
+  /// Throws `SystemError` when the file cannot be opened. A folder is refused (EISDIR), and so is everything else that
+  /// is no regular file (EINVAL): a named pipe would block whoever reads it.
   explicit FileReader(std::filesystem::path path);
-  ~FileReader();
-  FileReader(const FileReader&) = delete;
-  FileReader& operator=(const FileReader&) = delete;
 
   /// Fills `buffer` as far as the file reaches and tells how many bytes it got; 0 only at the end of the file.
   /// Throws `SystemError` on a failed read.
@@ -36,26 +35,29 @@ class FileReader {
 
  private:
   std::filesystem::path path_;
-  int descriptor_;
+  Descriptor descriptor_;
 };
 
-/// The whole content. Throws `SystemError` when it cannot be read; a folder is such a case.
+/// The whole content. Throws `SystemError` when it cannot be read; anything but a regular file is such a case.
 Bytes readFile(const std::filesystem::path& path);
 
-/// Creates the folder and all missing parents; those it creates get `mode` less the umask. An existing folder is fine.
-/// Throws `SystemError`, also when a file is in the way.
+/// Creates the folder and all missing parents; those it creates get `mode` less the umask. An existing folder is fine,
+/// and so is the empty path, which is the current folder. Throws `SystemError`, also when a file is in the way.
 void createFolders(const std::filesystem::path& path, FileMode mode = 0777);
 
 /// Throws `SystemError`.
 void setFileMode(const std::filesystem::path& path, FileMode mode);
 
-/// Replaces the content of `path` in one step: a reader sees the old file or the new one, and so does the next start after
-/// a power cut. The bytes go to a temporary file in the same folder, created with its final mode before its first byte;
-/// all writes are checked, then fsync, rename, fsync of the folder. On any failure the temporary file is removed, the old
-/// file is untouched and a `SystemError` naming `path` is thrown.
+/// Replaces the content of `path` in one step: a reader sees the old file or the new one, and so does the next start
+/// after a power cut. The bytes go to a temporary file in the same folder, created with its final mode before its first
+/// byte; all writes are checked, then fsync, rename, fsync of the folder. On any failure before the rename the
+/// temporary file is removed, the old file is untouched and a `SystemError` naming `path` is thrown. When only the last
+/// step fails, the new content is in place but may not survive a power cut; that is thrown too.
 ///
-/// A file that exists keeps its mode unless `mode` is given; a new one gets `mode`, or 0666 less the umask. A file that has
-/// no write permission is not replaced (EACCES), although rename could: its owner locked it.
-void writeFileAtomically(const std::filesystem::path& path, ByteView content, std::optional<FileMode> mode = std::nullopt);
+/// A file that exists keeps its mode unless `mode` is given; a new one gets `mode`, or 0666 less the umask. A file that
+/// has no write permission is not replaced (EACCES), although rename could: its owner locked it. A symbolic link is
+/// replaced by the new file and never followed, so a link planted in a folder cannot lead a write elsewhere.
+void writeFileAtomically(const std::filesystem::path& path, ByteView content,
+                         std::optional<FileMode> mode = std::nullopt);
 
 }  // namespace tq

@@ -1,0 +1,190 @@
+#include "TQPlatform/Files.hpp"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <random>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "TQPlatform/SystemError.hpp"
+
+namespace tq {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Repeats a system call that a signal interrupted.
+template <class Call>
+auto uninterrupted(Call call) {
+  auto result = call();
+  while (result == -1 && errno == EINTR)
+    result = call();
+  return result;
+}
+
+struct stat statusOf(const fs::path& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) throwErrno(path);
+  return status;
+}
+
+/// A file on its way to its name in an open folder. Unless it is put in place it is removed again.
+class TemporaryFile {
+ public:
+  /// `target` is only named in errors. With `mode`, the file has exactly that mode; else 0666 less the umask.
+  TemporaryFile(int folder, const fs::path& target, std::optional<FileMode> mode) : folder_(folder), target_(target) {
+    std::random_device random;
+    do {
+      char name[64];
+      std::snprintf(name, sizeof name, ".tarquel-%ld-%08x%08x.tmp", static_cast<long>(::getpid()), random(), random());
+      name_ = name;
+      const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+      descriptor_ = Descriptor(uninterrupted([&] { return ::openat(folder_, name, flags, mode.value_or(0666)); }));
+    } while (!descriptor_ && errno == EEXIST);
+    if (!descriptor_) {
+      name_.clear();
+      throwErrno(target_);
+    }
+    // The umask may have taken bits away that were asked for.
+    if (mode && ::fchmod(descriptor_.get(), *mode) != 0) fail();
+  }
+
+  ~TemporaryFile() { remove(); }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  void write(ByteView content) {
+    while (!content.empty()) {
+      const ssize_t count = uninterrupted([&] { return ::write(descriptor_.get(), content.data(), content.size()); });
+      if (count == 0) errno = EIO;
+      if (count <= 0) fail();
+      content = content.subspan(static_cast<std::size_t>(count));
+    }
+  }
+
+  void putInPlace() {
+    if (uninterrupted([&] { return ::fsync(descriptor_.get()); }) != 0) fail();
+    // Linux has given the descriptor back even when a signal interrupts close, and the bytes are on the disk by now.
+    if (::close(descriptor_.release()) != 0 && errno != EINTR) fail();
+    if (::renameat(folder_, name_.c_str(), folder_, target_.filename().c_str()) != 0) fail();
+    name_.clear();
+  }
+
+ private:
+  [[noreturn]] void fail() {
+    const int cause = errno;
+    remove();
+    throw SystemError(cause, target_);
+  }
+
+  void remove() noexcept {
+    if (!name_.empty()) ::unlinkat(folder_, name_.c_str(), 0);
+    name_.clear();
+  }
+
+  int folder_;
+  const fs::path& target_;
+  std::string name_;
+  Descriptor descriptor_;
+};
+
+/// The mode that a write over `path` has to keep; absent when there is no file whose mode could be kept. Throws when
+/// what is there must not be replaced.
+std::optional<FileMode> modeToKeep(const fs::path& path) {
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    throwErrno(path);
+  }
+  if (S_ISLNK(status.st_mode)) return std::nullopt;
+  if (S_ISDIR(status.st_mode)) throw SystemError(EISDIR, path);
+  if (!S_ISREG(status.st_mode)) throw SystemError(EINVAL, path);
+  // The superuser passes every access check, but a file without any write bit is locked for him as well.
+  if ((status.st_mode & 0222) == 0) throw SystemError(EACCES, path);
+  if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) throwErrno(path);
+  return status.st_mode & 0777;
+}
+
+}  // namespace
+
+bool fileExists(const fs::path& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0;
+}
+
+bool isExecutableFile(const fs::path& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+}
+
+std::int64_t fileSize(const fs::path& path) {
+  return statusOf(path).st_size;
+}
+
+FileReader::FileReader(fs::path path) : path_(std::move(path)) {
+  // Without O_NONBLOCK, opening a named pipe would wait for its writer.
+  descriptor_ = Descriptor(uninterrupted([&] { return ::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+  struct stat status {};
+  if (!descriptor_ || ::fstat(descriptor_.get(), &status) != 0) throwErrno(path_);
+  if (S_ISDIR(status.st_mode)) throw SystemError(EISDIR, path_);
+  if (!S_ISREG(status.st_mode)) throw SystemError(EINVAL, path_);
+}
+
+std::size_t FileReader::read(std::span<std::uint8_t> buffer) {
+  std::size_t filled = 0;
+  while (filled < buffer.size()) {
+    const auto rest = buffer.subspan(filled);
+    const ssize_t count = uninterrupted([&] { return ::read(descriptor_.get(), rest.data(), rest.size()); });
+    if (count < 0) throwErrno(path_);
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+  }
+  return filled;
+}
+
+Bytes readFile(const fs::path& path) {
+  constexpr std::size_t step = std::size_t{64} * 1024;
+  FileReader reader(path);
+  // One byte more than the file has now, so that its end is seen without another round.
+  Bytes content(static_cast<std::size_t>(fileSize(path)) + 1);
+  std::size_t length = reader.read(content);
+  while (length == content.size()) {
+    content.resize(length + std::max(step, length / 2));
+    length += reader.read(std::span(content).subspan(length));
+  }
+  content.resize(length);
+  return content;
+}
+
+void createFolders(const fs::path& path, FileMode mode) {
+  if (path.empty() || ::mkdir(path.c_str(), mode) == 0) return;
+  if (errno == ENOENT && path.has_relative_path()) {
+    createFolders(path.parent_path(), mode);
+    if (::mkdir(path.c_str(), mode) == 0) return;
+  }
+  const int cause = errno;
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return;
+  throw SystemError(cause, path);
+}
+
+void setFileMode(const fs::path& path, FileMode mode) {
+  if (::chmod(path.c_str(), mode) != 0) throwErrno(path);
+}
+
+void writeFileAtomically(const fs::path& path, ByteView content, std::optional<FileMode> mode) {
+  const std::optional<FileMode> kept = modeToKeep(path);
+  const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  const Descriptor folder(uninterrupted([&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if (!folder) throwErrno(path);
+  TemporaryFile temporary(folder.get(), path, mode ? mode : kept);
+  temporary.write(content);
+  temporary.putInPlace();
+  // Some network and user-space file systems know no fsync of a folder.
+  if (uninterrupted([&] { return ::fsync(folder.get()); }) != 0 && errno != EINVAL && errno != ENOTSUP)
+    throwErrno(path);
+}
+
+}  // namespace tq

@@ -1,0 +1,323 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include "Support/TemporaryFolder.hpp"
+#include "TQPlatform/Files.hpp"
+#include "TQPlatform/SystemError.hpp"
+
+namespace tq::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+FileMode modeOf(const fs::path& path) {
+  struct stat status {};
+  EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+  return status.st_mode & 07777;
+}
+
+/// The errno that `action` fails with, or 0.
+template <class Action>
+int failureOf(Action action) {
+  try {
+    action();
+  } catch (const SystemError& error) {
+    return error.code().value();
+  }
+  return 0;
+}
+
+/// While it stands, a write that would make a file longer than `bytes` fails with EFBIG, also for root.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : handler_(::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{bytes, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    ::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  rlimit before_{};
+  sighandler_t handler_;
+};
+
+class Umask {
+ public:
+  explicit Umask(mode_t mask) : before_(::umask(mask)) {}
+  ~Umask() { ::umask(before_); }
+
+ private:
+  mode_t before_;
+};
+
+TEST(WriteFileAtomically, CreatesAFileWithTheContentAndNothingElse) {
+  const TemporaryFolder folder;
+  writeFileAtomically(folder / "a.json", viewOf("content"));
+  EXPECT_EQ(contentOf(folder / "a.json"), "content");
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"a.json"});
+}
+
+TEST(WriteFileAtomically, ReplacesTheWholeContent) {
+  const TemporaryFolder folder;
+  folder.write("a.json", "a much longer old content");
+  writeFileAtomically(folder / "a.json", viewOf("new"));
+  EXPECT_EQ(contentOf(folder / "a.json"), "new");
+}
+
+TEST(WriteFileAtomically, WritesAnEmptyFile) {
+  const TemporaryFolder folder;
+  folder.write("a", "old");
+  writeFileAtomically(folder / "a", {});
+  EXPECT_EQ(contentOf(folder / "a"), "");
+}
+
+TEST(WriteFileAtomically, AReaderOfTheOldFileKeepsTheOldContent) {
+  const TemporaryFolder folder;
+  folder.write("a", "old");
+  FileReader reader(folder / "a");
+  writeFileAtomically(folder / "a", viewOf("new"));
+  Bytes buffer(16);
+  buffer.resize(reader.read(buffer));
+  EXPECT_EQ(textOf(buffer), "old");
+}
+
+TEST(WriteFileAtomically, ANewFileGetsTheUmasksMode) {
+  const TemporaryFolder folder;
+  const Umask umask(027);
+  writeFileAtomically(folder / "a", viewOf("x"));
+  EXPECT_EQ(modeOf(folder / "a"), 0640u);
+}
+
+TEST(WriteFileAtomically, AGivenModeIsExactWhateverTheUmask) {
+  const TemporaryFolder folder;
+  const Umask umask(077);
+  writeFileAtomically(folder / "a", viewOf("x"), 0664);
+  EXPECT_EQ(modeOf(folder / "a"), 0664u);
+}
+
+TEST(WriteFileAtomically, AGivenModeReplacesThatOfTheOldFile) {
+  const TemporaryFolder folder;
+  fs::permissions(folder.write("a", "old"), fs::perms(0644));
+  writeFileAtomically(folder / "a", viewOf("x"), 0600);
+  EXPECT_EQ(modeOf(folder / "a"), 0600u);
+}
+
+TEST(WriteFileAtomically, WithoutAModeTheOldFilesModeStays) {
+  const TemporaryFolder folder;
+  fs::permissions(folder.write("a", "old"), fs::perms(0606));
+  writeFileAtomically(folder / "a", viewOf("x"));
+  EXPECT_EQ(modeOf(folder / "a"), 0606u);
+}
+
+TEST(WriteFileAtomically, AFileWithoutWritePermissionIsNotReplaced) {
+  const TemporaryFolder folder;
+  fs::permissions(folder.write("a", "locked"), fs::perms(0444));
+  EXPECT_EQ(failureOf([&] { writeFileAtomically(folder / "a", viewOf("x"), 0600); }), EACCES);
+  EXPECT_EQ(contentOf(folder / "a"), "locked");
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"a"});
+}
+
+TEST(WriteFileAtomically, AFailedWriteLeavesTheOldFileAndNoTemporaryOne) {
+  const TemporaryFolder folder;
+  folder.write("a", "old");
+  const Bytes large(10'000, 'x');
+  int failure = 0;
+  {
+    // The first write is cut short at 4096 bytes, the second fails.
+    const FileSizeLimit limit(4096);
+    failure = failureOf([&] { writeFileAtomically(folder / "a", large); });
+  }
+  EXPECT_EQ(failure, EFBIG);
+  EXPECT_EQ(contentOf(folder / "a"), "old");
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"a"});
+}
+
+TEST(WriteFileAtomically, TheErrorNamesTheTargetNotTheTemporaryFile) {
+  const TemporaryFolder folder;
+  try {
+    writeFileAtomically(folder / "missing/a.json", viewOf("x"));
+    FAIL();
+  } catch (const SystemError& error) {
+    EXPECT_STREQ(error.what(), "a.json: No such file or directory");
+  }
+}
+
+TEST(WriteFileAtomically, AFolderInTheWayIsAnError) {
+  const TemporaryFolder folder;
+  fs::create_directory(folder / "a");
+  EXPECT_EQ(failureOf([&] { writeFileAtomically(folder / "a", viewOf("x")); }), EISDIR);
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"a"});
+}
+
+TEST(WriteFileAtomically, AFileInPlaceOfTheFolderIsAnError) {
+  const TemporaryFolder folder;
+  folder.write("a", "file");
+  EXPECT_EQ(failureOf([&] { writeFileAtomically(folder / "a/b", viewOf("x")); }), ENOTDIR);
+}
+
+TEST(WriteFileAtomically, ANamedPipeIsNotReplaced) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "a").c_str(), 0600), 0);
+  EXPECT_EQ(failureOf([&] { writeFileAtomically(folder / "a", viewOf("x")); }), EINVAL);
+}
+
+TEST(WriteFileAtomically, ALinkIsReplacedAndItsTargetLeftAlone) {
+  const TemporaryFolder folder;
+  folder.write("precious", "keep me");
+  fs::create_symlink("precious", folder / "a");
+  writeFileAtomically(folder / "a", viewOf("x"));
+  EXPECT_EQ(contentOf(folder / "precious"), "keep me");
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder / "a")));
+  EXPECT_EQ(contentOf(folder / "a"), "x");
+}
+
+TEST(WriteFileAtomically, ANameOf255BytesWorks) {
+  const TemporaryFolder folder;
+  const std::string name(255, 'n');
+  writeFileAtomically(folder / name, viewOf("x"));
+  EXPECT_EQ(contentOf(folder / name), "x");
+}
+
+TEST(WriteFileAtomically, ANameOf256BytesFailsAndLeavesNothing) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(failureOf([&] { writeFileAtomically(folder / std::string(256, 'n'), viewOf("x")); }), ENAMETOOLONG);
+  EXPECT_TRUE(namesIn(folder.path()).empty());
+}
+
+TEST(WriteFileAtomically, ManyWritersOfOneFileLeaveOneWholeContent) {
+  const TemporaryFolder folder;
+  {
+    std::vector<std::jthread> writers;
+    for (char letter = 'a'; letter < 'e'; ++letter)
+      writers.emplace_back([&folder, content = std::string(5000, letter)] {
+        for (int round = 0; round < 5; ++round)
+          writeFileAtomically(folder / "a", viewOf(content));
+      });
+  }
+  const std::string content = contentOf(folder / "a");
+  EXPECT_EQ(content, std::string(5000, content.at(0)));
+  EXPECT_EQ(namesIn(folder.path()).size(), 1u);
+}
+
+TEST(FileReader, ReadsInPiecesAndEndsWithZero) {
+  const TemporaryFolder folder;
+  FileReader reader(folder.write("a", "abcdefg"));
+  Bytes buffer(4);
+  EXPECT_EQ(reader.read(buffer), 4u);
+  EXPECT_EQ(textOf(buffer), "abcd");
+  EXPECT_EQ(reader.read(buffer), 3u);
+  EXPECT_EQ(textOf(ByteView(buffer).first(3)), "efg");
+  EXPECT_EQ(reader.read(buffer), 0u);
+}
+
+TEST(FileReader, AMissingFileIsAnErrorThatNamesIt) {
+  const TemporaryFolder folder;
+  try {
+    FileReader reader(folder / "clip.mov");
+    FAIL();
+  } catch (const SystemError& error) {
+    EXPECT_STREQ(error.what(), "clip.mov: No such file or directory");
+  }
+}
+
+TEST(FileReader, AFolderIsAnError) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(failureOf([&] { FileReader reader(folder.path()); }), EISDIR);
+}
+
+TEST(FileReader, ANamedPipeIsAnErrorAndDoesNotBlock) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(failureOf([&] { FileReader reader(folder / "pipe"); }), EINVAL);
+}
+
+TEST(ReadFile, GivesEveryByte) {
+  const TemporaryFolder folder;
+  std::string content;
+  for (int index = 0; index < 200'000; ++index)
+    content += static_cast<char>(index % 251);
+  EXPECT_EQ(textOf(readFile(folder.write("a", content))), content);
+}
+
+TEST(ReadFile, AnEmptyFileIsEmpty) {
+  const TemporaryFolder folder;
+  EXPECT_TRUE(readFile(folder.write("a", "")).empty());
+}
+
+TEST(ReadFile, AFileThatTellsNoSizeIsReadToItsEnd) {
+  // The kernel's own files have size 0 and content all the same.
+  EXPECT_EQ(fileSize("/proc/self/status"), 0);
+  EXPECT_NE(textOf(readFile("/proc/self/status")).find("\nPid:"), std::string_view::npos);
+}
+
+TEST(FileSize, CountsBytesAndFailsForAMissingFile) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(fileSize(folder.write("a", "12345")), 5);
+  EXPECT_EQ(failureOf([&] { fileSize(folder / "b"); }), ENOENT);
+}
+
+TEST(FileExists, FollowsLinks) {
+  const TemporaryFolder folder;
+  folder.write("a", "");
+  fs::create_symlink("a", folder / "good");
+  fs::create_symlink("nowhere", folder / "dangling");
+  EXPECT_TRUE(fileExists(folder / "a"));
+  EXPECT_TRUE(fileExists(folder.path()));
+  EXPECT_TRUE(fileExists(folder / "good"));
+  EXPECT_FALSE(fileExists(folder / "dangling"));
+  EXPECT_FALSE(fileExists(folder / "a/b"));
+}
+
+TEST(IsExecutableFile, WantsARegularFileWithAnExecuteBit) {
+  const TemporaryFolder folder;
+  fs::permissions(folder.write("tool", ""), fs::perms(0755));
+  fs::permissions(folder.write("text", ""), fs::perms(0644));
+  fs::create_directory(folder / "folder");
+  EXPECT_TRUE(isExecutableFile(folder / "tool"));
+  EXPECT_FALSE(isExecutableFile(folder / "text"));
+  EXPECT_FALSE(isExecutableFile(folder / "folder"));
+  EXPECT_FALSE(isExecutableFile(folder / "missing"));
+}
+
+TEST(CreateFolders, MakesAllParentsWithTheMode) {
+  const TemporaryFolder folder;
+  const Umask umask(022);
+  createFolders(folder / "a/b/c", 0700);
+  EXPECT_EQ(modeOf(folder / "a"), 0700u);
+  EXPECT_EQ(modeOf(folder / "a/b/c"), 0700u);
+  createFolders(folder / "d");
+  EXPECT_EQ(modeOf(folder / "d"), 0755u);
+}
+
+TEST(CreateFolders, AnExistingFolderIsFineAndKeepsItsMode) {
+  const TemporaryFolder folder;
+  fs::create_directory(folder / "a");
+  fs::permissions(folder / "a", fs::perms(0711));
+  createFolders(folder / "a", 0700);
+  createFolders(folder.path().string() + "/a/");
+  createFolders("");
+  EXPECT_EQ(modeOf(folder / "a"), 0711u);
+}
+
+TEST(CreateFolders, AFileInTheWayIsAnError) {
+  const TemporaryFolder folder;
+  folder.write("a", "");
+  EXPECT_EQ(failureOf([&] { createFolders(folder / "a"); }), EEXIST);
+  EXPECT_EQ(failureOf([&] { createFolders(folder / "a/b"); }), ENOTDIR);
+}
+
+TEST(SetFileMode, SetsTheModeAndReportsAMissingFile) {
+  const TemporaryFolder folder;
+  setFileMode(folder.write("a", ""), 0640);
+  EXPECT_EQ(modeOf(folder / "a"), 0640u);
+  EXPECT_EQ(failureOf([&] { setFileMode(folder / "b", 0600); }), ENOENT);
+}
+
+}  // namespace
+}  // namespace tq::test
