@@ -36,6 +36,8 @@ class JSONValue {
   JSONValue(Object value) : value_(std::move(value)) {}
 
   bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
+  /// True for a number that is kept as an integer: `2`, but not `2.0`.
+  bool isInteger() const { return std::holds_alternative<std::int64_t>(value_); }
 
   /// The value as the kind asked for, or absent when it is of another kind. true and false are no numbers.
   std::optional<bool> asBool() const;

@@ -1,0 +1,229 @@
+#include "TQPlatform/JSON.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Unicode.hpp"
+
+namespace tq {
+
+namespace {
+
+constexpr std::size_t deepestNesting = 256;
+constexpr int numberOverflow = 406;  // nlohmann's id of that error
+
+/// "line 3, column 7", counted from 1, columns in characters.
+std::string placeOf(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, offset);
+  const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+  const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is 0
+  const std::size_t column = characterCount(before.substr(lineStart)) + 1;
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+/// Builds a `JSONValue` from the reader's events.
+class Builder {
+ public:
+  explicit Builder(std::string_view text) : text_(text) {}
+
+  JSONValue takeResult() { return std::move(result_); }
+
+  bool null() { return add(nullptr); }
+  bool boolean(bool value) { return add(value); }
+  bool number_integer(std::int64_t value) { return add(value); }
+  bool number_unsigned(std::uint64_t value) {
+    const bool fits = value <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    return fits ? add(static_cast<std::int64_t>(value)) : add(static_cast<double>(value));
+  }
+  bool number_float(double value, const std::string&) { return add(value); }
+  bool string(std::string& value) { return add(std::move(value)); }
+  bool binary(nlohmann::json::binary_t&) { return false; }
+
+  bool start_object(std::size_t) { return open(JSONValue::Object()); }
+  bool start_array(std::size_t) { return open(JSONValue::Array()); }
+  bool end_object() { return close(); }
+  bool end_array() { return close(); }
+  bool key(std::string& name) {
+    open_.back().key = std::move(name);
+    return true;
+  }
+
+  bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception& error) {
+    if (position > text_.size()) throw JSONError("the JSON text ends too early");
+    const std::string place = placeOf(text_, position > 0 ? position - 1 : 0);
+    throw JSONError(error.id == numberOverflow ? "the number at " + place + " is too large"
+                                               : "no valid JSON at " + place);
+  }
+
+ private:
+  struct Container {
+    std::variant<JSONValue::Array, JSONValue::Object> members;
+    std::string key;
+  };
+
+  bool open(std::variant<JSONValue::Array, JSONValue::Object> members) {
+    if (open_.size() == deepestNesting)
+      throw JSONError("the JSON is nested more than " + std::to_string(deepestNesting) + " levels deep");
+    open_.push_back({std::move(members), {}});
+    return true;
+  }
+
+  bool close() {
+    Container done = std::move(open_.back());
+    open_.pop_back();
+    return std::visit([this](auto& members) { return add(std::move(members)); }, done.members);
+  }
+
+  bool add(JSONValue value) {
+    if (open_.empty())
+      result_ = std::move(value);
+    else if (auto* array = std::get_if<JSONValue::Array>(&open_.back().members))
+      array->push_back(std::move(value));
+    else
+      std::get<JSONValue::Object>(open_.back().members).insert_or_assign(open_.back().key, std::move(value));
+    return true;
+  }
+
+  std::string_view text_;
+  std::vector<Container> open_;
+  JSONValue result_;
+};
+
+/// Writes one value, and its members below it.
+class Writer {
+ public:
+  explicit Writer(JSONLayout layout) : pretty_(layout == JSONLayout::pretty) {}
+
+  std::string take() { return std::move(text_); }
+
+  void write(const JSONValue& value) {
+    if (const std::string* string = value.asString())
+      writeString(*string);
+    else if (const JSONValue::Array* array = value.asArray())
+      writeMembers(*array, '[', ']', [this](const JSONValue& element) { write(element); });
+    else if (const JSONValue::Object* object = value.asObject())
+      writeMembers(*object, '{', '}', [this](const auto& member) {
+        writeString(member.first);
+        text_ += pretty_ ? ": " : ":";
+        write(member.second);
+      });
+    else if (const auto boolean = value.asBool())
+      text_ += *boolean ? "true" : "false";
+    else if (value.isNull())
+      text_ += "null";
+    else
+      writeNumber(value);
+  }
+
+ private:
+  template <class Container, class WriteMember>
+  void writeMembers(const Container& members, char opening, char closing, const WriteMember& writeMember) {
+    text_ += opening;
+    ++depth_;
+    for (auto member = members.begin(); member != members.end(); ++member) {
+      if (member != members.begin()) text_ += ',';
+      startLine();
+      writeMember(*member);
+    }
+    --depth_;
+    if (!members.empty()) startLine();
+    text_ += closing;
+  }
+
+  void startLine() {
+    if (pretty_) text_.append(1, '\n').append(2 * depth_, ' ');
+  }
+
+  void writeNumber(const JSONValue& value) {
+    if (value.isInteger()) {
+      text_ += std::to_string(*value.asInteger());
+      return;
+    }
+    const double number = *value.asDouble();
+    if (!std::isfinite(number)) throw JSONError("JSON cannot hold the number " + shortestText(number));
+    text_ += shortestText(number);
+  }
+
+  void writeString(std::string_view string) {
+    if (!isValidUTF8(string)) throw JSONError("JSON cannot hold text that is not UTF-8: " + validUTF8(string));
+    text_ += '"';
+    for (const char c : string)
+      writeCharacter(c);
+    text_ += '"';
+  }
+
+  void writeCharacter(char c) {
+    constexpr std::string_view special = "\"\\\b\f\n\r\t";
+    constexpr std::string_view letters = "\"\\bfnrt";
+    constexpr std::string_view hexadecimal = "0123456789abcdef";
+    if (const std::size_t index = special.find(c); index != std::string_view::npos) {
+      text_ += '\\';
+      text_ += letters[index];
+    } else if (const auto code = static_cast<unsigned char>(c); code < 0x20) {
+      text_ += "\\u00";
+      text_ += hexadecimal[code >> 4];
+      text_ += hexadecimal[code & 0xF];
+    } else {
+      text_ += c;
+    }
+  }
+
+  bool pretty_;
+  std::size_t depth_ = 0;
+  std::string text_;
+};
+
+}  // namespace
+
+std::optional<bool> JSONValue::asBool() const {
+  const bool* value = std::get_if<bool>(&value_);
+  return value ? std::optional(*value) : std::nullopt;
+}
+
+std::optional<std::int64_t> JSONValue::asInteger() const {
+  if (const auto* integer = std::get_if<std::int64_t>(&value_)) return *integer;
+  const double* number = std::get_if<double>(&value_);
+  constexpr double limit = 0x1p63;  // the first double beyond the largest integer
+  if (!number || !(*number >= -limit && *number < limit) || std::trunc(*number) != *number) return std::nullopt;
+  return static_cast<std::int64_t>(*number);
+}
+
+std::optional<double> JSONValue::asDouble() const {
+  if (const auto* integer = std::get_if<std::int64_t>(&value_)) return static_cast<double>(*integer);
+  const double* number = std::get_if<double>(&value_);
+  return number ? std::optional(*number) : std::nullopt;
+}
+
+const JSONValue* JSONValue::find(std::string_view key) const {
+  const Object* object = asObject();
+  if (!object) return nullptr;
+  const auto found = object->find(key);
+  return found == object->end() ? nullptr : &found->second;
+}
+
+std::string_view JSONValue::kindName() const {
+  constexpr std::array<std::string_view, std::variant_size_v<decltype(value_)>> names{
+      "null", "true or false", "a number", "a number", "text", "a list", "an object"};
+  return names[value_.index()];
+}
+
+JSONValue parseJSON(std::string_view text) {
+  // The reader would take a zero byte for the end of the text.
+  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos)
+    throw JSONError("no valid JSON at " + placeOf(text, zero));
+  Builder builder(text);
+  nlohmann::json::sax_parse(text, &builder);
+  return builder.takeResult();
+}
+
+std::string writeJSON(const JSONValue& value, JSONLayout layout) {
+  Writer writer(layout);
+  writer.write(value);
+  return writer.take();
+}
+
+}  // namespace tq

@@ -1,0 +1,160 @@
+#include "TQPlatform/Unicode.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <unicode/ubrk.h>
+#include <unicode/ucasemap.h>
+#include <unicode/uchar.h>
+#include <unicode/utext.h>
+#include <unicode/utf8.h>
+
+namespace tq {
+
+namespace {
+
+/// ICU fails only when its data or the memory is missing: nothing that a caller could mend.
+void check(UErrorCode code) {
+  if (U_FAILURE(code)) throw std::runtime_error(std::string("Unicode: ") + u_errorName(code));
+}
+
+bool isASCII(char c) {
+  return static_cast<unsigned char>(c) < 0x80;
+}
+
+/// ASCII in which each byte is a character. A carriage return is left out, for CR LF is one character.
+bool isPlainASCII(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return isASCII(c) && c != '\r'; });
+}
+
+const std::uint8_t* bytesOf(std::string_view text) {
+  return reinterpret_cast<const std::uint8_t*>(text.data());
+}
+
+std::int32_t signedSize(std::string_view text) {
+  return static_cast<std::int32_t>(text.size());
+}
+
+/// The code point at `position`, which moves behind it; negative for a malformed sequence.
+UChar32 nextCodePoint(std::string_view text, std::int32_t& position) {
+  UChar32 codePoint = 0;
+  U8_NEXT(bytesOf(text), position, signedSize(text), codePoint);
+  return codePoint;
+}
+
+UChar32 previousCodePoint(std::string_view text, std::int32_t& position) {
+  UChar32 codePoint = 0;
+  U8_PREV(bytesOf(text), 0, position, codePoint);
+  return codePoint;
+}
+
+struct BreakIteratorCloser {
+  void operator()(UBreakIterator* iterator) const { ubrk_close(iterator); }
+};
+using BreakIterator = std::unique_ptr<UBreakIterator, BreakIteratorCloser>;
+
+/// Making an iterator reads its rules; a copy of one that is made does not.
+BreakIterator characterBreaks() {
+  static const BreakIterator prototype = [] {
+    UErrorCode code = U_ZERO_ERROR;
+    BreakIterator made(ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &code));
+    check(code);
+    return made;
+  }();
+  UErrorCode code = U_ZERO_ERROR;
+  BreakIterator copy(ubrk_clone(prototype.get(), &code));
+  check(code);
+  return copy;
+}
+
+/// Walks over at most `limit` characters of `text`.
+struct Walk {
+  std::size_t characters = 0;
+  std::size_t bytes = 0;
+};
+
+Walk walkCharacters(std::string_view text, std::size_t limit) {
+  UErrorCode code = U_ZERO_ERROR;
+  const BreakIterator breaks = characterBreaks();
+  const std::unique_ptr<UText, decltype(&utext_close)> source(
+      utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &code), &utext_close);
+  check(code);
+  ubrk_setUText(breaks.get(), source.get(), &code);
+  check(code);
+
+  Walk walk;
+  while (walk.characters < limit) {
+    const std::int32_t boundary = ubrk_next(breaks.get());
+    if (boundary == UBRK_DONE) break;
+    ++walk.characters;
+    walk.bytes = static_cast<std::size_t>(boundary);
+  }
+  return walk;
+}
+
+}  // namespace
+
+bool isValidUTF8(std::string_view text) {
+  for (std::int32_t position = 0; position < signedSize(text);)
+    if (nextCodePoint(text, position) < 0) return false;
+  return true;
+}
+
+std::string validUTF8(std::string_view text) {
+  std::string valid;
+  valid.reserve(text.size());
+  for (std::int32_t position = 0; position < signedSize(text);) {
+    const std::int32_t start = position;
+    if (nextCodePoint(text, position) < 0)
+      valid += "\uFFFD";
+    else
+      valid += text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(position - start));
+  }
+  return valid;
+}
+
+std::size_t characterCount(std::string_view text) {
+  return isPlainASCII(text) ? text.size() : walkCharacters(text, text.size()).characters;
+}
+
+std::string_view characterPrefix(std::string_view text, std::size_t count) {
+  if (count >= text.size()) return text;
+  // The byte behind the prefix counts too: it may belong to the last character.
+  if (isPlainASCII(text.substr(0, count + 1))) return text.substr(0, count);
+  return text.substr(0, walkCharacters(text, count).bytes);
+}
+
+std::string_view trimmed(std::string_view text) {
+  std::int32_t start = 0;
+  for (std::int32_t next = 0; next < signedSize(text); start = next)
+    if (!u_isUWhiteSpace(nextCodePoint(text, next))) break;
+  std::int32_t end = signedSize(text);
+  for (std::int32_t next = end; next > start; end = next)
+    if (!u_isUWhiteSpace(previousCodePoint(text, next))) break;
+  return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start));
+}
+
+std::string lowercased(std::string_view text) {
+  std::string lower(text);
+  if (std::all_of(text.begin(), text.end(), isASCII)) {
+    for (char& c : lower)
+      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return lower;
+  }
+  UErrorCode code = U_ZERO_ERROR;
+  const std::unique_ptr<UCaseMap, decltype(&ucasemap_close)> map(ucasemap_open("", 0, &code), &ucasemap_close);
+  check(code);
+  // Most texts keep their length; the second round serves those that grow.
+  for (int round = 0; round < 2; ++round) {
+    code = U_ZERO_ERROR;
+    const std::int32_t size =
+        ucasemap_utf8ToLower(map.get(), lower.data(), signedSize(lower), text.data(), signedSize(text), &code);
+    lower.resize(static_cast<std::size_t>(size));
+    if (code != U_BUFFER_OVERFLOW_ERROR) break;
+  }
+  check(code);
+  return lower;
+}
+
+}  // namespace tq
