@@ -9,6 +9,7 @@
 #include "TQCore/Models/Shot.hpp"
 #include "TQCore/Models/SourceMetadata.hpp"
 #include "TQCore/Models/TranscriptInfo.hpp"
+#include "TQCore/RecordJSON.hpp"
 
 namespace tq {
 
@@ -16,8 +17,8 @@ struct SchemaVersion {
   static constexpr const char* current = "1.0";
 };
 
-/// The complete description of one clip: what a model's answer becomes and what the JSON sidecar holds. The model supplies
-/// the version, summary, shots, global and the flags; the pipeline the rest.
+/// The complete description of one clip: what a model's answer becomes and what the JSON sidecar holds. The model
+/// supplies the version, summary, shots, global and the flags; the pipeline the rest.
 struct DescriptionResult {
   std::string schemaVersion = SchemaVersion::current;
   SourceMetadata source;
@@ -32,5 +33,6 @@ struct DescriptionResult {
 
   bool operator==(const DescriptionResult&) const = default;
 };
+TQ_RECORD(DescriptionResult);
 
 }  // namespace tq

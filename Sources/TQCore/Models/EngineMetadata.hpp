@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "TQCore/RecordJSON.hpp"
+
 namespace tq {
 
 /// What produced a description.
@@ -14,5 +16,6 @@ struct EngineMetadata {
 
   bool operator==(const EngineMetadata&) const = default;
 };
+TQ_RECORD(EngineMetadata);
 
 }  // namespace tq

@@ -10,9 +10,9 @@ namespace tq {
 struct CMTimecode {
   double seconds = 0;
 
-  /// "HH:MM:SS.mmm", rounded to the nearest millisecond, halves away from zero; hours neither wrap nor stop at two digits,
-  /// and each division of a negative position truncates towards zero. Seconds that are not finite, or whose milliseconds
-  /// do not fit 64 bits, are a programming error and end the program.
+  /// "HH:MM:SS.mmm", rounded to the nearest millisecond, halves away from zero; hours neither wrap nor stop at two
+  /// digits, and each division of a negative position truncates towards zero. Seconds that are not finite, or whose
+  /// milliseconds do not fit 64 bits, are a programming error and end the program.
   std::string formatted() const;
 
   bool operator==(const CMTimecode&) const = default;

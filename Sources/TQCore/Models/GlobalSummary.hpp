@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "TQCore/RecordJSON.hpp"
+
 namespace tq {
 
 /// What a model says of the clip as a whole.
@@ -17,5 +19,6 @@ struct GlobalSummary {
 
   bool operator==(const GlobalSummary&) const = default;
 };
+TQ_RECORD(GlobalSummary);
 
 }  // namespace tq

@@ -11,6 +11,7 @@
 #include "TQCore/Models/ExtractedFrame.hpp"
 #include "TQCore/Models/OutputConfig.hpp"
 #include "TQCore/RawValue.hpp"
+#include "TQCore/RecordJSON.hpp"
 #include "TQCore/Shared.hpp"
 #include "TQPlatform/Clock.hpp"
 #include "TQPlatform/UUID.hpp"
@@ -45,6 +46,7 @@ struct EngineSnapshot {
 
   bool operator==(const EngineSnapshot&) const = default;
 };
+TQ_RECORD(EngineSnapshot);
 
 /// The unit of work: one clip on its way to sidecars. A plain value; the large parts are shared between copies.
 struct Job {
@@ -54,7 +56,7 @@ struct Job {
   double progress = 0;               ///< 0 to 1
   std::optional<std::string> error;  ///< for a failed or cancelled job
   Shared<DescriptionResult> result;
-  Shared<std::string> rawResponse;   ///< the model's answer as it came
+  Shared<std::string> rawResponse;  ///< the model's answer as it came
   Shared<std::vector<ExtractedFrame>> frames;
   std::optional<EngineSnapshot> engineSnapshot;
   Date createdAt;

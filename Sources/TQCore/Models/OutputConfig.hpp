@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "TQCore/RawValue.hpp"
+#include "TQCore/RecordJSON.hpp"
 
 namespace tq {
 
@@ -18,8 +19,8 @@ inline constexpr auto rawValues<OutputFormat> = std::to_array<std::string_view>(
 enum class ConflictPolicy { skipExisting, overwrite, suffix };
 
 template <>
-inline constexpr auto rawValues<ConflictPolicy> =
-    std::to_array<std::string_view>({"skip-existing", "overwrite", "suffix"});
+inline constexpr auto rawValues<ConflictPolicy> = std::to_array<std::string_view>({"skip-existing", "overwrite",
+                                                                                   "suffix"});
 
 /// Which sidecars are written, and where.
 struct OutputConfig {
@@ -29,5 +30,6 @@ struct OutputConfig {
 
   bool operator==(const OutputConfig&) const = default;
 };
+TQ_RECORD(OutputConfig);
 
 }  // namespace tq

@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "TQCore/RecordJSON.hpp"
+
 namespace tq {
 
-// What a model says of one frame. Nearly every field is optional, and the fields with a vocabulary are free text: a model's
-// off-list word must survive. The vocabularies feed the prompt and the facets only.
+// What a model says of one frame. Nearly every field is optional, and the fields with a vocabulary are free text: a
+// model's off-list word must survive. The vocabularies feed the prompt and the facets only.
 
 struct PersonHair {
   std::optional<std::string> color;
@@ -17,6 +19,7 @@ struct PersonHair {
 
   bool operator==(const PersonHair&) const = default;
 };
+TQ_RECORD(PersonHair);
 
 struct PersonClothing {
   std::optional<std::string> top;
@@ -26,6 +29,7 @@ struct PersonClothing {
 
   bool operator==(const PersonClothing&) const = default;
 };
+TQ_RECORD(PersonClothing);
 
 struct Person {
   std::optional<std::string> approximateAgeRange;  ///< such as "25-35"
@@ -41,16 +45,18 @@ struct Person {
 
   bool operator==(const Person&) const = default;
 };
+TQ_RECORD(Person);
 
 struct Setting {
   std::optional<std::string> locationType;  ///< vocabulary `LocationType`
   std::optional<std::string> environment;
-  std::optional<std::string> timeOfDay;     ///< vocabulary `TimeOfDay`
+  std::optional<std::string> timeOfDay;  ///< vocabulary `TimeOfDay`
   std::optional<std::string> weather;
-  std::optional<std::string> lighting;      ///< vocabulary `Lighting`
+  std::optional<std::string> lighting;  ///< vocabulary `Lighting`
 
   bool operator==(const Setting&) const = default;
 };
+TQ_RECORD(Setting);
 
 struct ColorPalette {
   std::vector<std::string> dominant;  ///< colours as #RRGGBB
@@ -58,17 +64,19 @@ struct ColorPalette {
 
   bool operator==(const ColorPalette&) const = default;
 };
+TQ_RECORD(ColorPalette);
 
 /// A face found on the machine itself. Fractions of the image's width and height, origin at the top-left corner.
 struct FaceBox {
-  double x = 0;       ///< left edge
-  double y = 0;       ///< top edge
+  double x = 0;  ///< left edge
+  double y = 0;  ///< top edge
   double width = 0;
   double height = 0;
   double confidence = 0;  ///< 0 to 1
 
   bool operator==(const FaceBox&) const = default;
 };
+TQ_RECORD(FaceBox);
 
 struct Shot {
   std::optional<std::string> timecode;      ///< HH:MM:SS.mmm
@@ -86,5 +94,6 @@ struct Shot {
 
   bool operator==(const Shot&) const = default;
 };
+TQ_RECORD(Shot);
 
 }  // namespace tq

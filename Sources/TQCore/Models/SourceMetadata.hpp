@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "TQCore/RecordJSON.hpp"
 #include "TQPlatform/Clock.hpp"
 
 namespace tq {
@@ -17,13 +18,14 @@ struct GPS {
 
   bool operator==(const GPS&) const = default;
 };
+TQ_RECORD(GPS);
 
 /// Facts about the clip file, none of them a model's claim.
 struct SourceMetadata {
-  std::string filename;        ///< last path component
+  std::string filename;  ///< last path component
   double durationSeconds = 0;
-  std::string resolution;      ///< "1920x1080", pixels
-  double frameRate = 0;        ///< frames a second
+  std::string resolution;  ///< "1920x1080", pixels
+  double frameRate = 0;    ///< frames a second
   std::string codec;
   std::int64_t fileSizeBytes = 0;
   std::optional<std::string> sha256;  ///< lower-case hexadecimal; absent when hashing failed
@@ -32,5 +34,6 @@ struct SourceMetadata {
 
   bool operator==(const SourceMetadata&) const = default;
 };
+TQ_RECORD(SourceMetadata);
 
 }  // namespace tq

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "TQCore/RecordJSON.hpp"
+
 namespace tq {
 
 /// Words of one speaker, where a provider tells the speakers apart.
@@ -16,6 +18,7 @@ struct TranscriptSpeakerTurn {
 
   bool operator==(const TranscriptSpeakerTurn&) const = default;
 };
+TQ_RECORD(TranscriptSpeakerTurn);
 
 /// What was said in the clip.
 struct TranscriptInfo {
@@ -27,5 +30,6 @@ struct TranscriptInfo {
 
   bool operator==(const TranscriptInfo&) const = default;
 };
+TQ_RECORD(TranscriptInfo);
 
 }  // namespace tq

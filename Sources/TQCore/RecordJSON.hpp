@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "TQPlatform/JSON.hpp"
+
+namespace tq {
+
+/// A JSON value that is not the record it should be. `what()` is one phrase that says where and what:
+/// "shots[0].people_count: expected a whole number, found text".
+class DecodingError final : public std::runtime_error {
+ public:
+  explicit DecodingError(std::string problem, std::string path = {});
+
+  /// The same fault seen from one level further out: `step` is a key, or an index such as "[0]".
+  DecodingError within(const std::string& step) const;
+
+ private:
+  std::string problem_;
+  std::string path_;
+};
+
+/// Reads a record. Unknown keys are ignored; an optional field whose key is missing or null is absent; a required key
+/// that is missing or null and any value of the wrong JSON type fail the whole record. Nothing is coerced: a number
+/// without a fraction is an integer, text is never a number. Throws `DecodingError`.
+template <class Record>
+Record decode(const JSONValue& value);
+
+/// Writes a record: every required field, every optional field that is present, never a null.
+template <class Record>
+JSONValue encode(const Record& record);
+
+/// A hash over all fields; equal records have equal hashes.
+template <class Record>
+std::size_t hashOf(const Record& record);
+
+/// Reads a list of records; paths in errors begin with the element, as in "[2].status". Throws `DecodingError`.
+template <class Record>
+std::vector<Record> decodeList(const JSONValue& value) {
+  const JSONValue::Array* elements = value.asArray();
+  if (!elements) throw DecodingError("expected a list, found " + std::string(value.kindName()));
+  std::vector<Record> records;
+  records.reserve(elements->size());
+  for (const JSONValue& element : *elements) {
+    try {
+      records.push_back(decode<Record>(element));
+    } catch (const DecodingError& error) {
+      throw error.within("[" + std::to_string(records.size()) + "]");
+    }
+  }
+  return records;
+}
+
+template <class Record>
+JSONValue encodeList(const std::vector<Record>& records) {
+  JSONValue::Array elements;
+  elements.reserve(records.size());
+  for (const Record& record : records)
+    elements.push_back(encode(record));
+  return elements;
+}
+
+/// The hash of records for the standard containers: std::unordered_set<Shot, RecordHash>.
+struct RecordHash {
+  template <class Record>
+  std::size_t operator()(const Record& record) const {
+    return hashOf(record);
+  }
+};
+
+/// Stands behind a record's definition and says that a table in some source file (see RecordCodec.hpp) makes the
+/// operations above for it.
+#define TQ_RECORD(Record)          \
+  template <>                      \
+  Record decode(const JSONValue&); \
+  template <>                      \
+  JSONValue encode(const Record&); \
+  template <>                      \
+  std::size_t hashOf(const Record&)
+
+}  // namespace tq
