@@ -150,9 +150,11 @@ class Run {
   }
 
   ChildResult finish() {
-    while (ending_ || (stage_ != Stage::killed && (outputPipe_.readEnd || errorPipe_.readEnd))) {
-      if (stage_ != Stage::killed && SteadyClock::now() >= deadline_) escalate();
-      wait();
+    while (!isOver()) {
+      if (stage_ != Stage::killed && SteadyClock::now() >= deadline_)
+        escalate();
+      else
+        wait();
     }
     // Members of the group that closed the pipes may still be there.
     if (stage_ != Stage::running) child_.signalGroup(SIGKILL);
@@ -170,6 +172,10 @@ class Run {
     return SteadyClock::now() + std::chrono::duration_cast<SteadyClock::duration>(bounded);
   }
 
+  /// Once the group was killed only the child's own end counts: a process that left the group may hold the pipes for
+  /// ever.
+  bool isOver() const { return !ending_ && (stage_ == Stage::killed || (!outputPipe_.readEnd && !errorPipe_.readEnd)); }
+
   void escalate() {
     const bool first = stage_ == Stage::running;
     stage_ = first ? Stage::terminating : Stage::killed;
@@ -177,7 +183,7 @@ class Run {
     deadline_ = after(limits_.grace);
   }
 
-  /// Waits for the next event or the deadline and deals with it. Once the group was killed only the child's end counts.
+  /// Waits for the next event or the deadline and deals with it.
   void wait() {
     std::array<pollfd, 3> events{
         {{outputPipe_.readEnd.get(), POLLIN, 0}, {errorPipe_.readEnd.get(), POLLIN, 0}, {ending_.get(), POLLIN, 0}}};
