@@ -29,7 +29,8 @@ constexpr std::optional<Enum> fromRawValue(std::string_view raw) {
 template <class Enum>
 constexpr auto allCases() {
   std::array<Enum, rawValues<Enum>.size()> cases{};
-  for (std::size_t index = 0; index < cases.size(); ++index) cases[index] = static_cast<Enum>(index);
+  for (std::size_t index = 0; index < cases.size(); ++index)
+    cases[index] = static_cast<Enum>(index);
   return cases;
 }
 

@@ -65,7 +65,6 @@ struct Presence {
   static void write(JSONValue::Object& object, const char* key, const Value& value) {
     object.emplace(key, ValueCodec<Value>::write(value));
   }
-  static std::size_t hash(const Value& value) { return ValueCodec<Value>::hash(value); }
 };
 
 /// Presence, for a field that may be absent.
@@ -77,7 +76,6 @@ struct Presence<std::optional<Value>> {
   static void write(JSONValue::Object& object, const char* key, const std::optional<Value>& value) {
     if (value) object.emplace(key, ValueCodec<Value>::write(*value));
   }
-  static std::size_t hash(const std::optional<Value>& value) { return value ? ValueCodec<Value>::hash(*value) + 1 : 0; }
 };
 
 /// The fields of a record in declaration order, and what follows from them.
@@ -103,11 +101,7 @@ class RecordTable {
   }
 
   std::size_t hash(const Record& record) const {
-    std::size_t seed = sizeof...(Values);
-    forEach([&]<class Value>(const Field<Record, Value>& field) {
-      combineHash(seed, Presence<Value>::hash(record.*field.member));
-    });
-    return seed;
+    return std::apply([&](const auto&... fields) { return hashOfValues(record.*fields.member...); }, fields_);
   }
 
  private:

@@ -71,8 +71,8 @@ struct RecordHash {
   }
 };
 
-/// Stands behind a record's definition and says that a table in some source file (see RecordCodec.hpp) makes the
-/// operations above for it.
+/// Stands behind a record's definition and says that the three operations above exist for it: made in a source file
+/// from a table (see RecordCodec.hpp), or written there.
 #define TQ_RECORD(Record)          \
   template <>                      \
   Record decode(const JSONValue&); \

@@ -5,8 +5,8 @@
 
 namespace tq {
 
-/// An optional, immutable value that copies share. It compares by content, so a record that holds it stays a plain value,
-/// and copying that record costs a reference count whatever the size of the value.
+/// An optional, immutable value that copies share. It compares by content, so a record that holds it stays a plain
+/// value, and copying that record costs a reference count whatever the size of the value.
 template <class T>
 class Shared {
  public:

@@ -26,19 +26,60 @@ class TQError final : public std::exception {
   static TQError ffmpegMissing(std::string format);
   static TQError modelAppearsBlind(std::string model);
 
-  struct FileNotFound { std::filesystem::path url; bool operator==(const FileNotFound&) const = default; };
-  struct UnsupportedFormat { std::string extension; bool operator==(const UnsupportedFormat&) const = default; };
-  struct FileTooLarge { std::filesystem::path url; std::int64_t size; bool operator==(const FileTooLarge&) const = default; };
-  struct FrameExtractionFailed { std::string text; bool operator==(const FrameExtractionFailed&) const = default; };
-  struct NoFramesExtracted { bool operator==(const NoFramesExtracted&) const = default; };
-  struct APIKeyMissing { std::string provider; bool operator==(const APIKeyMissing&) const = default; };
-  struct ProviderHTTPError { int status; std::string body; bool operator==(const ProviderHTTPError&) const = default; };
-  struct ProviderTransport { std::string text; bool operator==(const ProviderTransport&) const = default; };
-  struct ProviderDecodeFailure { std::string text; bool operator==(const ProviderDecodeFailure&) const = default; };
-  struct SchemaValidationFailed { std::string text; bool operator==(const SchemaValidationFailed&) const = default; };
-  struct OutputWriteFailed { std::filesystem::path url; std::string text; bool operator==(const OutputWriteFailed&) const = default; };
-  struct FFmpegMissing { std::string format; bool operator==(const FFmpegMissing&) const = default; };
-  struct ModelAppearsBlind { std::string model; bool operator==(const ModelAppearsBlind&) const = default; };
+  struct FileNotFound {
+    std::filesystem::path url;
+    bool operator==(const FileNotFound&) const = default;
+  };
+  struct UnsupportedFormat {
+    std::string extension;
+    bool operator==(const UnsupportedFormat&) const = default;
+  };
+  struct FileTooLarge {
+    std::filesystem::path url;
+    std::int64_t size;
+    bool operator==(const FileTooLarge&) const = default;
+  };
+  struct FrameExtractionFailed {
+    std::string text;
+    bool operator==(const FrameExtractionFailed&) const = default;
+  };
+  struct NoFramesExtracted {
+    bool operator==(const NoFramesExtracted&) const = default;
+  };
+  struct APIKeyMissing {
+    std::string provider;
+    bool operator==(const APIKeyMissing&) const = default;
+  };
+  struct ProviderHTTPError {
+    int status;
+    std::string body;
+    bool operator==(const ProviderHTTPError&) const = default;
+  };
+  struct ProviderTransport {
+    std::string text;
+    bool operator==(const ProviderTransport&) const = default;
+  };
+  struct ProviderDecodeFailure {
+    std::string text;
+    bool operator==(const ProviderDecodeFailure&) const = default;
+  };
+  struct SchemaValidationFailed {
+    std::string text;
+    bool operator==(const SchemaValidationFailed&) const = default;
+  };
+  struct OutputWriteFailed {
+    std::filesystem::path url;
+    std::string text;
+    bool operator==(const OutputWriteFailed&) const = default;
+  };
+  struct FFmpegMissing {
+    std::string format;
+    bool operator==(const FFmpegMissing&) const = default;
+  };
+  struct ModelAppearsBlind {
+    std::string model;
+    bool operator==(const ModelAppearsBlind&) const = default;
+  };
 
   using Case = std::variant<FileNotFound, UnsupportedFormat, FileTooLarge, FrameExtractionFailed, NoFramesExtracted,
                             APIKeyMissing, ProviderHTTPError, ProviderTransport, ProviderDecodeFailure,
@@ -57,7 +98,8 @@ class TQError final : public std::exception {
   std::string description_;
 };
 
-/// The text of any error for a user: `TQError`'s description, or the words of the system or library error.
+/// The text of any error for a user: `TQError`'s description, or the words of the system or library error. Always valid
+/// UTF-8, whatever bytes a file's name brought in, so that it can be shown and stored.
 std::string userFacingDescription(const std::exception& error);
 
 }  // namespace tq

@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "TQCore/FileURL.hpp"
-#include "TQCore/Hashing.hpp"
 #include "TQCore/RawValue.hpp"
 #include "TQCore/RecordJSON.hpp"
 #include "TQPlatform/DateText.hpp"
@@ -20,6 +20,9 @@ namespace tq {
 /// Throws the `DecodingError` "expected <expected>, found <what `value` is>". A text is quoted when a text was
 /// expected, so that the reader sees what is wrong with it.
 [[noreturn]] void throwUnexpected(const JSONValue& value, const std::string& expected, bool quotesText = false);
+
+/// Adds one hash to another, so that the order of the parts counts.
+void combineHash(std::size_t& seed, std::size_t part);
 
 /// How one type of field stands in JSON: `read` (throws `DecodingError`), `write`, `hash`, and `expected`, its name in
 /// a message. Whatever has no specialisation below is a record with a table of its own.
@@ -42,15 +45,17 @@ struct ValueCodec<bool> {
   static std::size_t hash(bool value) { return std::hash<bool>()(value); }
 };
 
-template <>
-struct ValueCodec<std::int64_t> {
+template <class Integer>
+requires std::is_integral_v<Integer>
+struct ValueCodec<Integer> {
   static std::string expected() { return "a whole number"; }
-  static std::int64_t read(const JSONValue& value) {
-    if (const auto integer = value.asInteger()) return *integer;
+  static Integer read(const JSONValue& value) {
+    if (const auto integer = value.asInteger(); integer && std::in_range<Integer>(*integer))
+      return static_cast<Integer>(*integer);
     throwUnexpected(value, expected());
   }
-  static JSONValue write(std::int64_t value) { return value; }
-  static std::size_t hash(std::int64_t value) { return std::hash<std::int64_t>()(value); }
+  static JSONValue write(Integer value) { return std::int64_t{value}; }
+  static std::size_t hash(Integer value) { return std::hash<Integer>()(value); }
 };
 
 template <>
@@ -157,5 +162,25 @@ struct ValueCodec<std::vector<Element>> {
     return seed;
   }
 };
+
+template <class Value>
+std::size_t hashOfValue(const Value& value) {
+  return ValueCodec<Value>::hash(value);
+}
+
+template <class Value>
+std::size_t hashOfValue(const std::optional<Value>& value) {
+  return value ? ValueCodec<Value>::hash(*value) + 1 : 0;
+}
+
+/// The hash of a record without a JSON form, from its fields:
+///   template <>
+///   std::size_t hashOf(const ExportRange& range) { return hashOfValues(range.start, range.end); }
+template <class... Values>
+std::size_t hashOfValues(const Values&... values) {
+  std::size_t seed = sizeof...(Values);
+  (combineHash(seed, hashOfValue(values)), ...);
+  return seed;
+}
 
 }  // namespace tq

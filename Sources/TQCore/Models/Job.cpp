@@ -14,4 +14,15 @@ constexpr auto recordTable<EngineSnapshot> = RecordTable{
 };
 TQ_RECORD_CODEC(EngineSnapshot);
 
+bool isTerminal(JobStatus status) {
+  return status == JobStatus::done || status == JobStatus::failed || status == JobStatus::cancelled;
+}
+
+JobBadge Job::badge() const {
+  if (!result) return {};
+  if (result->flagged.value_or(false)) return {JobBadge::Kind::refused, {}};
+  if (result->reviewFlag.value_or(false)) return {JobBadge::Kind::needsReview, result->reviewReason};
+  return {};
+}
+
 }  // namespace tq

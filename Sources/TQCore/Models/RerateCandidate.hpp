@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "TQCore/RecordJSON.hpp"
+
 namespace tq {
 
 /// A clip proposed for another run.
@@ -14,5 +16,7 @@ struct RerateCandidate {
 
   bool operator==(const RerateCandidate&) const = default;
 };
+template <>
+std::size_t hashOf(const RerateCandidate&);
 
 }  // namespace tq
