@@ -4,7 +4,6 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 option(TQ_WERROR "Warnings are errors" ON)
 set(TQ_SANITIZERS "" CACHE STRING "Value for -fsanitize=, empty for none")
@@ -19,8 +18,9 @@ endif()
 add_library(tq_options INTERFACE)
 target_compile_features(tq_options INTERFACE cxx_std_20)
 target_include_directories(tq_options INTERFACE ${CMAKE_SOURCE_DIR}/Sources)
+# Records are written with designated initialisers, where a member that is not named has its default on purpose.
 target_compile_options(tq_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -fno-omit-frame-pointer
+  -Wall -Wextra -Wno-missing-field-initializers -Wpedantic -Wshadow -Wconversion -fno-omit-frame-pointer
   $<$<BOOL:${TQ_WERROR}>:-Werror>
   $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
 if(TQ_SANITIZERS)
