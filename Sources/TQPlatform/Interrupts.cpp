@@ -1,0 +1,45 @@
+#include "TQPlatform/Interrupts.hpp"
+
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace tq {
+
+namespace {
+
+/// Sent to the watching thread alone, to wake it for its end.
+constexpr int wakeSignal = SIGUSR1;
+
+sigset_t watchedSignals() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, wakeSignal}) sigaddset(&set, signal);
+  return set;
+}
+
+}  // namespace
+
+InterruptWatcher::InterruptWatcher(std::function<void(int)> onInterrupt) {
+  signal(SIGPIPE, SIG_IGN);
+  const sigset_t set = watchedSignals();
+  pthread_sigmask(SIG_BLOCK, &set, nullptr);
+  thread_ = std::jthread([set, onInterrupt = std::move(onInterrupt)](const std::stop_token& stop) {
+    int count = 0;
+    while (!stop.stop_requested()) {
+      int received = 0;
+      if (sigwait(&set, &received) == 0 && received != wakeSignal) onInterrupt(++count);
+    }
+  });
+}
+
+InterruptWatcher::~InterruptWatcher() {
+  thread_.request_stop();
+  pthread_kill(thread_.native_handle(), wakeSignal);
+}
+
+void leaveAtOnce(int exitStatus) { _exit(exitStatus); }
+
+}  // namespace tq
