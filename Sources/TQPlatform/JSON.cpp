@@ -55,7 +55,7 @@ class Builder {
   bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception& error) {
     if (position > text_.size()) throw JSONError("the JSON text ends too early");
     const std::string place = placeOf(text_, position > 0 ? position - 1 : 0);
-    throw JSONError(error.id == numberOverflow ? "the number at " + place + " is too large"
+    throw JSONError(error.id == numberOverflow ? "a number at " + place + " is too large"
                                                : "no valid JSON at " + place);
   }
 

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "TQPlatform/Unicode.hpp"
+
+namespace tq {
+namespace {
+
+constexpr std::string_view family = "👨‍👩‍👧";
+constexpr std::string_view accented = "e\u0301";  // two code points
+
+TEST(IsValidUTF8, AcceptsWellFormedText) {
+  for (const std::string_view text : {"", "abc", "é", "€", "😀", "\xEF\xBF\xBF"})
+    EXPECT_TRUE(isValidUTF8(text)) << text;
+}
+
+TEST(IsValidUTF8, RefusesMalformedSequences) {
+  for (const std::string_view text : {"\xff", "a\x80", "\xC3", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+    EXPECT_FALSE(isValidUTF8(text));
+}
+
+TEST(ValidUTF8, ReplacesEachMalformedSequenceAndNothingElse) {
+  EXPECT_EQ(validUTF8("a\xff\xfeé\xE2\x82z"), "a\uFFFD\uFFFDé\uFFFDz");
+  EXPECT_EQ(validUTF8("clean é"), "clean é");
+}
+
+TEST(CharacterCount, CountsASCIIByBytes) {
+  EXPECT_EQ(characterCount(""), 0u);
+  EXPECT_EQ(characterCount("plain text\n"), 11u);
+}
+
+TEST(CharacterCount, CountsWhatAReaderSees) {
+  EXPECT_EQ(characterCount(accented), 1u);
+  EXPECT_EQ(characterCount(family), 1u);
+  EXPECT_EQ(characterCount("🇩🇪🇫🇷"), 2u);
+  EXPECT_EQ(characterCount("日本"), 2u);
+}
+
+TEST(CharacterCount, TakesCarriageReturnAndLineFeedForOne) {
+  EXPECT_EQ(characterCount("a\r\nb"), 3u);
+  EXPECT_EQ(characterCount("a\n\rb"), 4u);
+}
+
+TEST(CharacterCount, CountsAMalformedSequenceAsItsReplacement) {
+  for (const std::string_view text : {"\xff\xff", "a\xE2\x82z", "é\xff", "\xff\u0301"})
+    EXPECT_EQ(characterCount(text), characterCount(validUTF8(text)));
+  EXPECT_EQ(characterCount("\xff\xff"), 2u);
+}
+
+TEST(CharacterPrefix, CutsASCII) {
+  EXPECT_EQ(characterPrefix("abcdef", 3), "abc");
+  EXPECT_EQ(characterPrefix("abc", 3), "abc");
+  EXPECT_EQ(characterPrefix("abc", 9), "abc");
+  EXPECT_EQ(characterPrefix("abc", 0), "");
+}
+
+TEST(CharacterPrefix, NeverCutsThroughACharacter) {
+  const std::string text = "a" + std::string(family) + std::string(accented) + "z";
+  EXPECT_EQ(characterPrefix(text, 2), "a" + std::string(family));
+  EXPECT_EQ(characterPrefix(text, 3), "a" + std::string(family) + std::string(accented));
+  EXPECT_EQ(characterPrefix(text, 4), text);
+}
+
+TEST(CharacterPrefix, KeepsTheAccentOfAnASCIILetterAtItsEnd) {
+  EXPECT_EQ(characterPrefix("abe\u0301d", 3), "abe\u0301");
+}
+
+TEST(CharacterPrefix, KeepsCarriageReturnAndLineFeedTogether) {
+  EXPECT_EQ(characterPrefix("\r\nb", 1), "\r\n");
+  EXPECT_EQ(characterPrefix("a\r\nb", 2), "a\r\n");
+}
+
+TEST(Trimmed, TakesWhiteSpaceOffBothEnds) {
+  EXPECT_EQ(trimmed("  a b \t\r\n"), "a b");
+  EXPECT_EQ(trimmed(" \n "), "");
+  EXPECT_EQ(trimmed(""), "");
+  EXPECT_EQ(trimmed("a"), "a");
+}
+
+TEST(Trimmed, KnowsUnicodeWhiteSpace) {
+  EXPECT_EQ(trimmed("\u00A0\u2003\u3000\u0085x\u2028\u2029\u202F"), "x");
+}
+
+TEST(Trimmed, LeavesWhatOnlyLooksBlank) {
+  for (const std::string_view text : {"\u200Bx\u200B", "\uFEFFx", "\x1cx"})
+    EXPECT_EQ(trimmed(text), text);
+}
+
+TEST(Trimmed, LeavesMalformedBytes) {
+  EXPECT_EQ(trimmed(" \xff \xE2\x82 "), "\xff \xE2\x82");
+}
+
+TEST(Lowercased, FoldsASCII) {
+  EXPECT_EQ(lowercased("Clip.MOV [AZ@`]"), "clip.mov [az@`]");
+}
+
+TEST(Lowercased, IsFullUnicodeInTheRootLocale) {
+  EXPECT_EQ(lowercased("ÄÖÉ ЖЯ"), "äöé жя");
+  EXPECT_EQ(lowercased("ΟΔΟΣ"), "οδος");    // final sigma
+  EXPECT_EQ(lowercased("İI"), "i\u0307i");  // no Turkish dotless i
+  EXPECT_EQ(lowercased("ȺȺȺȺ"), "ⱥⱥⱥⱥ");    // two bytes become three
+}
+
+TEST(Lowercased, LeavesMalformedBytes) {
+  EXPECT_EQ(lowercased("A\xffÉ\xE2\x82"), "a\xffé\xE2\x82");
+}
+
+}  // namespace
+}  // namespace tq
