@@ -20,10 +20,10 @@
 //   };
 //   TQ_RECORD_CODEC(Clip);
 //
-// This makes decode<Clip>(json), encode(clip) and hashOf(clip). A member may be a bool, std::int64_t, double,
+// This makes decode<Clip>(json), encode(clip) and hashOf(clip). A member may be a bool, an integer, double,
 // std::string, Date, UUID, path, an enumeration with `rawValues`, a record with a table, a vector of these, or an
 // optional of all that (see ValueCodec.hpp). A record that only one source file knows needs no TQ_RECORD; its table
-// stands before its first use.
+// stands before its first use. Tables stand in namespace tq itself, also that of a record in an unnamed namespace.
 
 #include <optional>
 #include <tuple>
@@ -127,19 +127,19 @@ class RecordTable {
 template <class Record>
 inline constexpr auto recordTable = nullptr;
 
-#define TQ_RECORD_CODEC(Record)               \
-  template <>                                 \
-  Record decode(const JSONValue& value) {     \
-    return recordTable<Record>.read(value);   \
-  }                                           \
-  template <>                                 \
-  JSONValue encode(const Record& record) {    \
-    return recordTable<Record>.write(record); \
-  }                                           \
-  template <>                                 \
-  std::size_t hashOf(const Record& record) {  \
-    return recordTable<Record>.hash(record);  \
-  }                                           \
+#define TQ_RECORD_CODEC(Record)                               \
+  template <>                                                 \
+  [[maybe_unused]] Record decode(const JSONValue& value) {    \
+    return recordTable<Record>.read(value);                   \
+  }                                                           \
+  template <>                                                 \
+  [[maybe_unused]] JSONValue encode(const Record& record) {   \
+    return recordTable<Record>.write(record);                 \
+  }                                                           \
+  template <>                                                 \
+  [[maybe_unused]] std::size_t hashOf(const Record& record) { \
+    return recordTable<Record>.hash(record);                  \
+  }                                                           \
   static_assert(true)
 
 }  // namespace tq

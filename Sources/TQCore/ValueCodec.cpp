@@ -10,6 +10,8 @@ void throwUnexpected(const JSONValue& value, const std::string& expected, bool q
   std::string found(value.kindName());
   if (const std::string* text = value.asString(); text && quotesText)
     found = '"' + std::string(characterPrefix(*text, longestQuote)) + '"';
+  else if (value.isInteger())
+    found = std::to_string(*value.asInteger());
   else if (const auto number = value.asDouble())
     found = shortestText(*number);
   throw DecodingError("expected " + expected + ", found " + found);

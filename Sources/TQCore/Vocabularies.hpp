@@ -14,16 +14,30 @@ namespace tq {
 enum class ShotType { superWide, wide, mediumWide, medium, mediumClose, close, extremeClose };
 
 template <>
-inline constexpr auto rawValues<ShotType> = std::to_array<std::string_view>({"super-wide", "wide", "medium-wide",
-                                                                             "medium", "medium-close", "close",
-                                                                             "extreme-close"});
+inline constexpr auto rawValues<ShotType> = std::to_array<std::string_view>({
+    "super-wide",
+    "wide",
+    "medium-wide",
+    "medium",
+    "medium-close",
+    "close",
+    "extreme-close",
+});
 
 enum class CameraMotion { static_, handheldStatic, pan, tilt, dolly, zoom, crane, drone, unknown };
 
 template <>
-inline constexpr auto rawValues<CameraMotion> = std::to_array<std::string_view>({"static", "handheld-static", "pan",
-                                                                                 "tilt", "dolly", "zoom", "crane",
-                                                                                 "drone", "unknown"});
+inline constexpr auto rawValues<CameraMotion> = std::to_array<std::string_view>({
+    "static",
+    "handheld-static",
+    "pan",
+    "tilt",
+    "dolly",
+    "zoom",
+    "crane",
+    "drone",
+    "unknown",
+});
 
 enum class PerceivedMood {
   joyful,
@@ -36,34 +50,61 @@ enum class PerceivedMood {
   surprised,
   fearful,
   disgusted,
-  unclear
+  unclear,
 };
 
 template <>
-inline constexpr auto rawValues<PerceivedMood> = std::to_array<std::string_view>({"joyful", "content", "neutral",
-                                                                                  "pensive", "sad", "anxious", "angry",
-                                                                                  "surprised", "fearful", "disgusted",
-                                                                                  "unclear"});
+inline constexpr auto rawValues<PerceivedMood> = std::to_array<std::string_view>({
+    "joyful",
+    "content",
+    "neutral",
+    "pensive",
+    "sad",
+    "anxious",
+    "angry",
+    "surprised",
+    "fearful",
+    "disgusted",
+    "unclear",
+});
 
 enum class LocationType { indoor, outdoor, studio, mixed, unclear };
 
 template <>
-inline constexpr auto rawValues<LocationType> = std::to_array<std::string_view>({"indoor", "outdoor", "studio", "mixed",
-                                                                                 "unclear"});
+inline constexpr auto rawValues<LocationType> = std::to_array<std::string_view>({
+    "indoor",
+    "outdoor",
+    "studio",
+    "mixed",
+    "unclear",
+});
 
 enum class TimeOfDay { dawn, morning, midday, afternoon, goldenHour, dusk, night, unclear };
 
 template <>
-inline constexpr auto rawValues<TimeOfDay> = std::to_array<std::string_view>({"dawn", "morning", "midday", "afternoon",
-                                                                              "golden-hour", "dusk", "night",
-                                                                              "unclear"});
+inline constexpr auto rawValues<TimeOfDay> = std::to_array<std::string_view>({
+    "dawn",
+    "morning",
+    "midday",
+    "afternoon",
+    "golden-hour",
+    "dusk",
+    "night",
+    "unclear",
+});
 
 enum class Lighting { goldenHour, brightDaylight, overcast, dimInterior, nighttime, mixed, unclear };
 
 template <>
-inline constexpr auto rawValues<Lighting> = std::to_array<std::string_view>({"golden-hour", "bright-daylight",
-                                                                             "overcast", "dim-interior", "nighttime",
-                                                                             "mixed", "unclear"});
+inline constexpr auto rawValues<Lighting> = std::to_array<std::string_view>({
+    "golden-hour",
+    "bright-daylight",
+    "overcast",
+    "dim-interior",
+    "nighttime",
+    "mixed",
+    "unclear",
+});
 
 /// The words of a vocabulary in case order: `all<ShotType>`.
 template <class Vocabulary>
