@@ -1,0 +1,154 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "TQCore/DefaultModels.hpp"
+#include "TQCore/TQError.hpp"
+#include "TQVision/MockProvider.hpp"
+#include "TQVision/ProviderFactory.hpp"
+
+namespace tq {
+namespace {
+
+WebURL url(std::string_view text) {
+  return WebURL::parse(text).value();
+}
+
+const std::vector<std::string> localAddresses{"http://localhost:1234/v1", "http://LOCALHOST",
+                                              "http://127.0.0.1:11434",   "http://[::1]:8080/",
+                                              "http://studio.local",      "https://Mac.LOCAL/v1"};
+
+const std::vector<std::string> remoteAddresses{"https://api.example.com/v1",
+                                               "http://192.168.1.5:1234",
+                                               "http://127.0.0.2",
+                                               "http://localhost.example",
+                                               "http://local",
+                                               "http://[::2]",
+                                               "http://localhost@evil.example",
+                                               "http://",
+                                               "api.example.com"};
+
+TEST(HostLikelyRequiresAPIKey, IsFalseForThisMachineAndLocalNames) {
+  for (const std::string& address : localAddresses)
+    EXPECT_FALSE(ProviderFactory::hostLikelyRequiresAPIKey(url(address))) << address;
+}
+
+TEST(HostLikelyRequiresAPIKey, IsTrueForEveryOtherHostAndForNone) {
+  for (const std::string& address : remoteAddresses)
+    EXPECT_TRUE(ProviderFactory::hostLikelyRequiresAPIKey(url(address))) << address;
+}
+
+TEST(InsecureBaseURLWarning, NamesTheAddressAndItsHost) {
+  EXPECT_EQ(ProviderFactory::insecureBaseURLWarning(url("http://llm.example:1234/v1")),
+            "http://llm.example:1234/v1 is not HTTPS — your API key would be sent in cleartext to llm.example and is "
+            "visible to anyone on the network path. Use https:// unless this is a trusted local/LAN server.");
+}
+
+TEST(InsecureBaseURLWarning, NamesAMissingHostInWords) {
+  EXPECT_THAT(ProviderFactory::insecureBaseURLWarning(url("http:///v1")).value(),
+              testing::HasSubstr(" in cleartext to the configured host and is visible "));
+}
+
+TEST(InsecureBaseURLWarning, AnySchemeButHTTPSIsInsecure) {
+  EXPECT_TRUE(ProviderFactory::insecureBaseURLWarning(url("HTTP://llm.example")));
+  EXPECT_TRUE(ProviderFactory::insecureBaseURLWarning(url("ftp://llm.example")));
+}
+
+TEST(InsecureBaseURLWarning, IsAbsentForHTTPSInAnyCase) {
+  EXPECT_FALSE(ProviderFactory::insecureBaseURLWarning(url("https://llm.example")));
+  EXPECT_FALSE(ProviderFactory::insecureBaseURLWarning(url("HTTPS://llm.example")));
+}
+
+TEST(InsecureBaseURLWarning, IsAbsentWithoutAScheme) {
+  EXPECT_FALSE(ProviderFactory::insecureBaseURLWarning(url("llm.example/v1")));
+}
+
+TEST(InsecureBaseURLWarning, IsAbsentForThisMachineAndLocalNames) {
+  for (const std::string& address : localAddresses)
+    EXPECT_FALSE(ProviderFactory::insecureBaseURLWarning(url(address))) << address;
+}
+
+/// Makers that note what they were given.
+class ProviderFactoryTest : public testing::Test {
+ protected:
+  VisionProviderMaker noting(std::vector<HTTPProviderConfig>& configs) {
+    return [&configs](HTTPProviderConfig config) {
+      configs.push_back(config);
+      return std::make_unique<MockProvider>(config.providerId, config.modelId);
+    };
+  }
+
+  std::vector<HTTPProviderConfig> anthropic_;
+  std::vector<HTTPProviderConfig> openAI_;
+  ProviderFactory factory_{{.anthropic = noting(anthropic_), .openAI = noting(openAI_)}};
+};
+
+TEST_F(ProviderFactoryTest, PassesTheConfigurationToTheMakerOfTheShape) {
+  const auto provider = factory_.makeAnthropic("key", "model", url("https://api.example.com/v1"), 90.5);
+  EXPECT_EQ(provider->providerId(), "anthropic");
+  EXPECT_EQ(provider->modelId(), "model");
+  ASSERT_EQ(anthropic_.size(), 1u);
+  EXPECT_EQ(anthropic_[0].apiKey, "key");
+  EXPECT_EQ(anthropic_[0].baseURL, url("https://api.example.com/v1"));
+  EXPECT_TRUE(anthropic_[0].extraHeaders.empty());
+  EXPECT_EQ(anthropic_[0].timeoutSeconds, 90.5);
+  EXPECT_TRUE(openAI_.empty());
+
+  factory_.makeOpenAI("other key", "other model", url("https://api.example.com"), 60);
+  ASSERT_EQ(openAI_.size(), 1u);
+  EXPECT_EQ(openAI_[0].providerId, "openai");
+  EXPECT_EQ(openAI_[0].modelId, "other model");
+  EXPECT_EQ(openAI_[0].apiKey, "other key");
+  EXPECT_EQ(anthropic_.size(), 1u);
+}
+
+TEST_F(ProviderFactoryTest, AnAbsentModelIsTheDefaultOfTheShape) {
+  factory_.makeAnthropic("key", std::nullopt, url("https://api.example.com"), 60);
+  factory_.makeOpenAI("key", std::nullopt, url("https://api.example.com"), 60);
+  EXPECT_EQ(anthropic_.at(0).modelId, DefaultModels::anthropicVision);
+  EXPECT_EQ(openAI_.at(0).modelId, "gpt-4o");
+}
+
+/// The error that `make` throws.
+template <class Make>
+TQError errorOf(const Make& make) {
+  try {
+    make();
+  } catch (const TQError& error) {
+    return error;
+  }
+  throw std::logic_error("nothing was thrown");
+}
+
+TEST_F(ProviderFactoryTest, WithoutAKeyNoProviderIsMadeForARemoteHost) {
+  for (const std::string& address : remoteAddresses) {
+    EXPECT_EQ(errorOf([&] { factory_.makeAnthropic("", "m", url(address), 60); }), TQError::apiKeyMissing("anthropic"));
+    EXPECT_EQ(errorOf([&] { factory_.makeOpenAI("", "m", url(address), 60); }), TQError::apiKeyMissing("openai"));
+  }
+  EXPECT_TRUE(anthropic_.empty());
+  EXPECT_TRUE(openAI_.empty());
+}
+
+TEST_F(ProviderFactoryTest, ALocalServerNeedsNoKey) {
+  for (const std::string& address : localAddresses) {
+    EXPECT_TRUE(factory_.makeAnthropic("", "m", url(address), 60));
+    EXPECT_TRUE(factory_.makeOpenAI("", "m", url(address), 60));
+  }
+}
+
+TEST(ProviderFactoryWithoutMakers, SaysThatItCannotReachServicesAndNamesTheMock) {
+  const ProviderFactory factory;
+  for (const TQError& error : {errorOf([&] { factory.makeAnthropic("key", "m", url("https://api.example.com"), 60); }),
+                               errorOf([&] { factory.makeOpenAI("", "m", url("http://localhost"), 60); })}) {
+    ASSERT_TRUE(std::holds_alternative<TQError::ProviderTransport>(error.value()));
+    EXPECT_THAT(error.description(), testing::HasSubstr("cannot send requests"));
+    EXPECT_THAT(error.description(), testing::HasSubstr("Mock (no API call)"));
+  }
+}
+
+TEST(ProviderFactoryWithoutMakers, AsksForTheKeyFirst) {
+  EXPECT_EQ(errorOf([] { ProviderFactory().makeOpenAI("", "m", url("https://api.example.com"), 60); }),
+            TQError::apiKeyMissing("openai"));
+}
+
+}  // namespace
+}  // namespace tq
