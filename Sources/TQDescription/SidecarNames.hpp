@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace tq {
+
+/// The files that stand beside a clip. Their names are the only way from a clip to its description.
+enum class SidecarKind { markdown, json, poster };
+
+/// The last path component without its last extension: "clip.take2" for clip.take2.mov. A name such as ".mov" has no
+/// extension and is its own stem.
+std::string stemOf(const std::filesystem::path& file);
+
+/// "<stem>.description.md", ".json" or ".jpg".
+std::string sidecarName(const std::string& stem, SidecarKind kind);
+
+/// "<stem>.description (<number>).md", ".json" or ".jpg".
+std::string numberedSidecarName(const std::string& stem, int number, SidecarKind kind);
+
+}  // namespace tq
