@@ -55,7 +55,8 @@ std::optional<std::filesystem::path> parseFileURL(std::string_view text) {
   constexpr std::string_view scheme = "file://";
   if (lowercased(text.substr(0, scheme.size())) != scheme) return std::nullopt;
   text.remove_prefix(scheme.size());
-  if (lowercased(text.substr(0, text.find('/'))) == "localhost") text.remove_prefix(text.find('/'));
+  const std::string_view host = text.substr(0, text.find('/'));
+  if (lowercased(host) == "localhost") text.remove_prefix(host.size());
   if (!text.starts_with('/') || text.find_first_of("?#") != std::string_view::npos) return std::nullopt;
   return percentDecoded(text);
 }
