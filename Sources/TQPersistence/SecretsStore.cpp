@@ -1,0 +1,123 @@
+#include "TQPersistence/SecretsStore.hpp"
+
+#include <map>
+
+#include "TQCore/RecordCodec.hpp"
+#include "TQCore/SafeFile.hpp"
+#include "TQPersistence/StoreFile.hpp"
+#include "TQPlatform/Files.hpp"
+#include "TQPlatform/SystemError.hpp"
+
+namespace tq {
+
+namespace fs = std::filesystem;
+
+using Secrets = std::map<std::string, std::string>;
+
+/// An object whose values are all texts.
+template <>
+struct ValueCodec<Secrets> {
+  static std::string expected() { return "an object"; }
+  static Secrets read(const JSONValue& value) {
+    const JSONValue::Object* object = value.asObject();
+    if (!object) throwUnexpected(value, expected());
+    Secrets secrets;
+    for (const auto& [account, secret] : *object)
+      secrets.emplace(account, readSecret(account, secret));
+    return secrets;
+  }
+  static JSONValue write(const Secrets& secrets) { return JSONValue::Object(secrets.begin(), secrets.end()); }
+
+ private:
+  static std::string readSecret(const std::string& account, const JSONValue& secret) {
+    try {
+      return ValueCodec<std::string>::read(secret);
+    } catch (const DecodingError& error) {
+      throw error.within(account);
+    }
+  }
+};
+
+namespace {
+
+struct Envelope {
+  std::int64_t version = 1;  ///< of the format; kept on rewrite, whatever it is
+  Secrets secrets;           ///< by account
+};
+
+constexpr RecordTable envelopeTable{
+    field("version", &Envelope::version),
+    field("secrets", &Envelope::secrets),
+};
+
+bool isMissing(const SystemError& error) {
+  return error.code() == std::errc::no_such_file_or_directory || error.code() == std::errc::not_a_directory;
+}
+
+Bytes contentOrNothing(const fs::path& fileURL) {
+  try {
+    return SafeFile::readBounded(fileURL, SafeFile::maxMetadataBytes);
+  } catch (const SystemError& error) {
+    if (isMissing(error)) return {};
+    throw;
+  }
+}
+
+Envelope load(const fs::path& fileURL) {
+  const Bytes content = contentOrNothing(fileURL);
+  return content.empty() ? Envelope{} : envelopeTable.read(parseJSON(textOf(content)));
+}
+
+/// Makes sure of a folder that nobody else can enter.
+void securePrivateFolder(const fs::path& folder) {
+  if (!fileExists(folder)) return createFolders(folder, 0700);
+  try {
+    setFileMode(folder, 0700);
+  } catch (const SystemError&) {
+    // The folder may belong to somebody else; the file's own mode still protects the keys.
+  }
+}
+
+void save(const Envelope& envelope, const fs::path& fileURL) {
+  const std::string text = storeText(envelopeTable.write(envelope));
+  securePrivateFolder(fileURL.parent_path());
+  writeFileAtomically(fileURL, viewOf(text), 0600);
+}
+
+}  // namespace
+
+SecretsStore::SecretsStore(fs::path fileURL, std::shared_ptr<FileLockRegistry> locks)
+    : fileURL_(std::move(fileURL)), locks_(std::move(locks)) {}
+
+std::optional<std::string> SecretsStore::get(const std::string& account) const {
+  const Envelope envelope = load(fileURL_);
+  const auto found = envelope.secrets.find(account);
+  if (found == envelope.secrets.end() || found->second.empty()) return std::nullopt;
+  return found->second;
+}
+
+void SecretsStore::set(const std::string& value, const std::string& account) const {
+  FileLock::sync(*locks_, fileURL_, [&] {
+    Envelope envelope = load(fileURL_);
+    if (value.empty())
+      envelope.secrets.erase(account);
+    else
+      envelope.secrets.insert_or_assign(account, value);
+    save(envelope, fileURL_);
+  });
+}
+
+bool SecretsStore::remove(const std::string& account) const noexcept {
+  try {
+    return FileLock::sync(*locks_, fileURL_, [&] {
+      Envelope envelope = load(fileURL_);
+      const bool wasThere = envelope.secrets.erase(account) > 0;
+      save(envelope, fileURL_);
+      return wasThere;
+    });
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace tq
