@@ -46,8 +46,7 @@ class TemporaryFile {
       name_.clear();
       throwErrno(target_);
     }
-    // The umask may have taken bits away that were asked for.
-    if (mode && ::fchmod(descriptor_.get(), *mode) != 0) fail();
+    if (mode) ensureMode(*mode);
   }
 
   ~TemporaryFile() { remove(); }
@@ -72,6 +71,13 @@ class TemporaryFile {
   }
 
  private:
+  /// The umask may have taken bits away that were asked for.
+  void ensureMode(FileMode mode) {
+    struct stat status {};
+    if (::fstat(descriptor_.get(), &status) != 0) fail();
+    if ((status.st_mode & 07777) != mode && ::fchmod(descriptor_.get(), mode) != 0) fail();
+  }
+
   [[noreturn]] void fail() {
     const int cause = errno;
     remove();
