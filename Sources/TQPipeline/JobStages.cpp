@@ -1,0 +1,27 @@
+#include "TQPipeline/JobStages.hpp"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include "TQDescription/DescriptionWriter.hpp"
+
+namespace tq {
+
+JobStages standardJobStages() {
+  JobStages stages;
+  stages.clock = std::make_shared<SystemClock>();
+  stages.processorCount = std::max(1u, std::thread::hardware_concurrency());
+  stages.extractFrames = [](const std::filesystem::path& clip, const SamplingConfig& config,
+                            const ExtractionProgress& progress, std::stop_token stop) {
+    return FrameExtractor().extract(clip, config, progress, std::move(stop));
+  };
+  stages.writeDescription = [](const DescriptionResult& result, const std::filesystem::path& clip,
+                               const OutputConfig& config) { return DescriptionWriter().write(result, clip, config); };
+  stages.writePoster = [](ByteView jpegData, const std::filesystem::path& clip, const OutputConfig& config) {
+    return DescriptionWriter().writePoster(jpegData, clip, config);
+  };
+  return stages;
+}
+
+}  // namespace tq

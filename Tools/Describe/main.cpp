@@ -1,0 +1,103 @@
+// tarquel-describe: the engine without a window, for servers and scripts.
+
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "TQCore/RecordJSON.hpp"
+#include "TQCore/SafeFile.hpp"
+#include "TQCore/TQError.hpp"
+#include "TQCore/VideoExtensions.hpp"
+#include "TQFrames/VideoExpansion.hpp"
+#include "TQPersistence/AppSupportPaths.hpp"
+#include "TQPlatform/ChildProcess.hpp"
+#include "TQPlatform/Interrupts.hpp"
+#include "TQPlatform/Terminal.hpp"
+#include "Tools/Describe/Options.hpp"
+#include "Tools/Describe/PlainText.hpp"
+#include "Tools/Describe/Runner.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tq;
+using namespace tq::describe;
+
+void complain(const std::string& text) {
+  std::cerr << "tarquel-describe: " << printable(text) << "\n";
+}
+
+/// The settings to start from. The user's own file is read with the patience of the desktop application; one that was
+/// named must be there and in order, since whoever named it relies on it.
+AppSettings readSettings(const Options& options, const AppSupportPaths& paths) {
+  if (!options.settingsFile) return SettingsStore(paths).load();
+  if (!fs::exists(*options.settingsFile)) throw TQError::fileNotFound(*options.settingsFile);
+  const Bytes content = SafeFile::readBounded(*options.settingsFile, SafeFile::maxMetadataBytes);
+  return decode<AppSettings>(parseJSON(textOf(content)));
+}
+
+/// Says which of the named inputs are no clips and no folders; true when all are.
+bool checkInputs(const std::vector<fs::path>& inputs) {
+  bool allUsable = true;
+  for (const fs::path& input : inputs) {
+    std::error_code error;
+    const fs::file_status status = fs::status(input, error);
+    if (fs::is_directory(status) || (fs::exists(status) && VideoExtensions::isVideo(input))) continue;
+    allUsable = false;
+    std::string extension = input.extension().string();
+    complain(fs::exists(status) ? TQError::unsupportedFormat(extension.empty() ? "" : extension.substr(1)).description()
+                                : TQError::fileNotFound(input).description());
+  }
+  return allUsable;
+}
+
+ExitStatus describeInputs(const Options& options) {
+  const AppSupportPaths paths = AppSupportPaths::ofUser();
+  const AppSettings settings = applyOptions(readSettings(options, paths), options);
+  const bool allUsable = checkInputs(options.inputs);
+  const std::vector<fs::path> clips = expandToVideos(options.inputs);
+  if (clips.empty()) {
+    complain("there is no video file to describe.");
+    return notAllDone;
+  }
+  const auto secrets = std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>());
+
+  Runner runner(settings, secrets, standardJobStages(), std::cout, terminalColumns());
+  const InterruptWatcher watcher([&runner](int count) {
+    if (count == 1) {
+      runner.interrupt();
+    } else {
+      killRunningChildren();
+      leaveAtOnce(interrupted);
+    }
+  });
+  const ExitStatus status = runner.describe(clips);
+  return status == allDone && !allUsable ? notAllDone : status;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  try {
+    const Options options = parseOptions({arguments + 1, arguments + argumentCount});
+    if (options.help) {
+      std::cout << usageText();
+      return allDone;
+    }
+    if (options.version) {
+      std::cout << "tarquel-describe " << TQ_VERSION << "\n";
+      return allDone;
+    }
+    if (options.inputs.empty()) throw UsageError("Name at least one clip or folder; --help tells more.");
+    return describeInputs(options);
+  } catch (const UsageError& error) {
+    complain(error.what());
+    return wrongUsage;
+  } catch (const std::exception& error) {
+    complain(userFacingDescription(error));
+    return notAllDone;
+  }
+}
