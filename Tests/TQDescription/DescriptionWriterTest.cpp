@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/RecordJSON.hpp"
 #include "TQCore/TQError.hpp"
@@ -189,6 +190,20 @@ TEST_F(DescriptionWriterTest, ALockedSidecarIsNotReplaced) {
   EXPECT_EQ(failure.text, "Permission denied");
   EXPECT_EQ(contentOf(locked), "old");
   EXPECT_THAT(namesIn(folder_.path()), ElementsAre("clip.description.md"));
+}
+
+TEST_F(DescriptionWriterTest, AFullDiskLeavesTheOldSidecarsWhole) {
+  folder_.write("clip.description.md", "old");
+  folder_.write("clip.description.json", "old");
+  const auto failure = writeFailureOf([&] {
+    const test::FileSizeLimit full(100);
+    write(config(ConflictPolicy::overwrite));
+  });
+  EXPECT_EQ(failure.url, folder_ / "clip.description.md");
+  EXPECT_EQ(failure.text, "File too large");
+  EXPECT_EQ(contentOf(folder_ / "clip.description.md"), "old");
+  EXPECT_EQ(contentOf(folder_ / "clip.description.json"), "old");
+  EXPECT_THAT(namesIn(folder_.path()), ElementsAre("clip.description.json", "clip.description.md"));
 }
 
 TEST_F(DescriptionWriterTest, AFolderOfTheSidecarsNameIsNotReplaced) {

@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/SystemError.hpp"
@@ -28,24 +27,6 @@ int failureOf(Action action) {
   }
   return 0;
 }
-
-/// While it stands, a write that would make a file longer than `bytes` fails with EFBIG, also for root.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) : handler_(::signal(SIGXFSZ, SIG_IGN)) {
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    ::setrlimit(RLIMIT_FSIZE, &before_);
-    ::signal(SIGXFSZ, handler_);
-  }
-
- private:
-  rlimit before_{};
-  sighandler_t handler_;
-};
 
 class Umask {
  public:
