@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
+#include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQCore/TQError.hpp"
@@ -172,6 +173,17 @@ TEST_F(SecretsStoreTest, AFileThatIsLockedAgainstWritingIsReportedAndUntouched) 
   EXPECT_THROW(store.set("new", "a"), SystemError);
   EXPECT_FALSE(store.remove("a"));
   EXPECT_EQ(store.get("a"), "abc");
+}
+
+TEST_F(SecretsStoreTest, ADiskThatIsFullIsReportedAndTheOldFileStaysWhole) {
+  store.set("abc", "a");
+  {
+    const FileSizeLimit limit(10);
+    EXPECT_THROW(store.set("new", "b"), SystemError);
+    EXPECT_FALSE(store.remove("a"));
+  }
+  EXPECT_EQ(content(), parseJSON(R"({"secrets": {"a": "abc"}, "version": 1})"));
+  EXPECT_EQ(namesIn(folder / "private"), std::vector<std::string>{"secrets.json"});
 }
 
 TEST_F(SecretsStoreTest, AValueThatIsNoTextIsReportedAndNothingIsWritten) {

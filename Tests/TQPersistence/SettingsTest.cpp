@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+#include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/Settings.hpp"
@@ -207,6 +208,16 @@ TEST_F(SettingsStoreTest, AFailedSaveLeavesTheOldFileWhole) {
   AppSettings impossible;
   impossible.requestTimeoutSeconds = std::numeric_limits<double>::infinity();
   EXPECT_THROW(store.save(impossible), JSONError);
+  EXPECT_EQ(store.load(), unusualSettings());
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"settings.json"});
+}
+
+TEST_F(SettingsStoreTest, ADiskThatIsFullIsReportedAndTheOldFileStaysWhole) {
+  store.save(unusualSettings());
+  {
+    const FileSizeLimit limit(100);
+    EXPECT_THROW(store.save(defaults), SystemError);
+  }
   EXPECT_EQ(store.load(), unusualSettings());
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"settings.json"});
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQPersistence/UIState.hpp"
 #include "TQPlatform/JSON.hpp"
@@ -58,6 +59,16 @@ TEST_F(UIStateStoreTest, WhatIsSavedIsLoadedAgain) {
 TEST_F(UIStateStoreTest, WhatIsAbsentIsLeftOut) {
   store.save(nothing);
   EXPECT_EQ(parseJSON(contentOf(file)), parseJSON("{}"));
+}
+
+TEST_F(UIStateStoreTest, ADiskThatIsFullIsReportedAndTheOldFileStaysWhole) {
+  const UIState state{.selectedPrefTab = "a", .contentMode = {}, .lastLibraryFolderPath = {}};
+  store.save(state);
+  {
+    const FileSizeLimit limit(1);
+    EXPECT_THROW(store.save(nothing), SystemError);
+  }
+  EXPECT_EQ(store.load(), state);
 }
 
 TEST_F(UIStateStoreTest, ASaveLeavesThePermissionsAlone) {
