@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stop_token>
+
+#include "TQPlatform/Image.hpp"
+#include "TQPlatform/MediaAsset.hpp"
+
+namespace tq {
+
+/// What a generator has done so far.
+struct DecodingCounts {
+  std::int64_t seeks = 0;
+  std::int64_t packetsRead = 0;    ///< of the video track
+  std::int64_t framesDecoded = 0;  ///< pictures that left the decoder
+};
+
+/// Decodes single upright pictures of an asset's first video track. Works best when the times asked for rise: what was
+/// decoded for one serves the next, and nothing is decoded twice within a group of pictures. Not for use by several
+/// threads at once.
+class ImageGenerator {
+ public:
+  /// `tolerance`: seconds by which a picture may miss the time asked for; infinity takes whatever is cheapest nearby.
+  /// `threads`: of the decoder. The asset must outlive the generator and serves one generator only.
+  explicit ImageGenerator(MediaAsset& asset, double tolerance = 0.2, int threads = 1);
+  ~ImageGenerator();
+  ImageGenerator(const ImageGenerator&) = delete;
+  ImageGenerator& operator=(const ImageGenerator&) = delete;
+
+  /// The picture that is cheapest to reach among those within the tolerance of `seconds` (from the start of the
+  /// presentation), or the nearest one where the clip has none there; times beyond the ends give the first or last one.
+  /// Throws `MediaError` when no picture can be decoded and `Cancelled` at once when `stop` asks for it.
+  Image image(double seconds, std::stop_token stop = {});
+
+  const DecodingCounts& counts() const;
+
+ private:
+  struct Decoder;
+  std::unique_ptr<Decoder> decoder_;
+};
+
+}  // namespace tq
