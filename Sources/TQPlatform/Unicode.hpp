@@ -7,8 +7,8 @@
 namespace tq {
 
 // Text is UTF-8. A character is what a reader takes for one: an extended grapheme cluster (UAX 29). White space is the
-// Unicode property White_Space, line breaks included. All functions accept any bytes: a malformed sequence counts as the
-// U+FFFD that a reader would see for it, and only `validUTF8` replaces it.
+// Unicode property White_Space, line breaks included. All functions accept any bytes: a malformed sequence counts as
+// the U+FFFD that a reader would see for it, and only `validUTF8` replaces it.
 
 bool isValidUTF8(std::string_view text);
 
