@@ -374,7 +374,7 @@ TEST(PaletteLine, PutsEachColourInBackticks) {
 
 TEST(HairLine, JoinsWhatIsPresentEvenIfEmpty) {
   EXPECT_EQ(MarkdownRenderer::hairLine({.color = "red", .style = "curly"}), "red, curly");
-  EXPECT_EQ(MarkdownRenderer::hairLine({.color = "", .length = "long"}), ", long");
+  EXPECT_EQ(MarkdownRenderer::hairLine({.color = "", .length = "", .style = ""}), ", , ");
   EXPECT_EQ(MarkdownRenderer::hairLine({}), "");
 }
 
