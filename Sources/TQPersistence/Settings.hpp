@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "TQCore/DefaultEndpoints.hpp"
 #include "TQCore/DefaultModels.hpp"
 #include "TQCore/Models/OutputConfig.hpp"
 #include "TQCore/Models/PromptProfile.hpp"
@@ -21,8 +22,8 @@ namespace tq {
 struct AppSettings {
   std::string providerId = "anthropic";
   std::string modelId = DefaultModels::anthropicVision;
-  std::string anthropicBaseURL = "https://api.anthropic.com/v1";
-  std::string openaiBaseURL = "https://api.openai.com";
+  std::string anthropicBaseURL = DefaultEndpoints::anthropic;
+  std::string openaiBaseURL = DefaultEndpoints::openAI;
   SamplingConfig sampling;
   OutputConfig output;
   std::int64_t maxConcurrentJobs = 2;  ///< below 1 counts as 1
@@ -40,7 +41,7 @@ struct AppSettings {
   bool embeddingsEnabled = false;
   std::string embeddingProviderId = "ollama";
   std::string embeddingModel = "nomic-embed-text";
-  std::string embeddingBaseURL = "http://localhost:11434";
+  std::string embeddingBaseURL = DefaultEndpoints::ollama;
   bool watchFoldersEnabled = false;
   std::vector<std::string> watchedFolderPaths;
   std::vector<std::string> watchExclusionGlobs;
