@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "Support/EnvironmentVariable.hpp"
 #include "Support/FakeTool.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
-#include "TQPlatform/ChildProcess.hpp"
 #include "TQPlatform/JSON.hpp"
 
 namespace tq::test {
@@ -102,6 +102,15 @@ TEST_F(Locate, NothingIsFoundWithoutAPath) {
 TEST(ToolSearch, TheUsualFoldersStandInTheirOrder) {
   const std::vector<fs::path> expected{"/opt/homebrew/bin", "/usr/local/bin", "/opt/local/bin", "/usr/bin"};
   EXPECT_EQ(ToolSearch::standard().folders, expected);
+}
+
+TEST(ToolSearch, ThePathIsThatOfTheEnvironment) {
+  {
+    const EnvironmentVariable path("PATH", "/a:/b");
+    EXPECT_EQ(ToolSearch::standard().path, "/a:/b");
+  }
+  const EnvironmentVariable path("PATH", std::nullopt);
+  EXPECT_EQ(ToolSearch::standard().path, std::nullopt);
 }
 
 TEST(FFmpegBridge, APathThatIsGivenIsTakenAsItStands) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Support/EnvironmentVariable.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 
@@ -30,6 +31,17 @@ TEST(AppSupportPaths, NamesEveryPrivateFile) {
   EXPECT_EQ(paths.secretsURL(), base / "tarquel/secrets.json");
   EXPECT_EQ(paths.semanticIndexDirectory(), base / "tarquel/semantic-index");
   EXPECT_EQ(AppSupportPaths::bundleId, "com.tarquel.app");
+}
+
+TEST(AppSupportPaths, TheUsersPathsFollowTheEnvironment) {
+  const TemporaryFolder user;
+  const EnvironmentVariable home("HOME", (user / "home").string());
+  {
+    const EnvironmentVariable dataHome("XDG_DATA_HOME", (user / "data").string());
+    EXPECT_EQ(AppSupportPaths::ofUser().queueURL(), user / "data/tarquel/queue.json");
+  }
+  const EnvironmentVariable dataHome("XDG_DATA_HOME", std::nullopt);
+  EXPECT_EQ(AppSupportPaths::ofUser().queueURL(), user / "home/.local/share/tarquel/queue.json");
 }
 
 TEST(AppSupportPaths, NothingIsTouchedBeforeTheFirstAccess) {
