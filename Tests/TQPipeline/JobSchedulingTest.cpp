@@ -1,0 +1,389 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/PipelineHarness.hpp"
+#include "TQCore/TQError.hpp"
+
+namespace tq {
+namespace {
+
+using test::Gate;
+using test::PipelineHarness;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum JobStatus;
+
+/// A harness whose clips wait at a gate while their frames are sampled, with the order in which they got there.
+class JobScheduling : public testing::Test {
+ protected:
+  JobScheduling() {
+    harness.stages.writeDescription = [](const auto&...) { return std::vector<std::filesystem::path>{}; };
+    harness.stages.writePoster = nullptr;
+    harness.stages.extractFrames = [this](const std::filesystem::path& clip, const SamplingConfig&,
+                                          const ExtractionProgress&, const std::stop_token& stop) {
+      {
+        std::lock_guard lock(mutex);
+        startedClips.push_back(clip.filename().string());
+      }
+      gate.pass(stop);
+      return Extraction{.frames = PipelineHarness::frames(1), .meta = {}};
+    };
+  }
+
+  std::vector<std::string> started() {
+    std::lock_guard lock(mutex);
+    return startedClips;
+  }
+
+  std::vector<Job> makeJobs(int count) {
+    std::vector<Job> jobs;
+    for (int number = 1; number <= count; ++number)
+      jobs.push_back(harness.makeJob(std::to_string(number) + ".mov"));
+    return jobs;
+  }
+
+  std::mutex mutex;
+  std::vector<std::string> startedClips;
+  Gate gate;
+  PipelineHarness harness;
+};
+
+TEST_F(JobScheduling, ALimitOfZeroRunsJobsOneAtATime) {
+  harness.settings.maxConcurrentJobs = 0;
+  const auto jobs = makeJobs(2);
+  harness.start().add(jobs);
+  gate.waitForArrivals(1);
+  EXPECT_THAT(started(), ElementsAre("1.mov"));
+  gate.admitOne();
+  gate.waitForArrivals(2);
+  EXPECT_THAT(started(), ElementsAre("1.mov", "2.mov"));
+  gate.open();
+  harness.log.waitFor(jobs[1].id, done);
+}
+
+TEST_F(JobScheduling, ANegativeLimitRunsJobsToo) {
+  harness.settings.maxConcurrentJobs = -3;
+  gate.open();
+  harness.runToEnd(harness.makeJob("1.mov"), done);
+}
+
+TEST_F(JobScheduling, EachEndStartsExactlyOneMoreInTheOrderOfAdding) {
+  harness.settings.maxConcurrentJobs = 2;
+  const auto jobs = makeJobs(5);
+  harness.start().add(jobs);
+  gate.waitForArrivals(2);
+  EXPECT_THAT(started(), testing::UnorderedElementsAre("1.mov", "2.mov"));
+  for (int arrivals = 3; arrivals <= 5; ++arrivals) {
+    gate.admitOne();
+    gate.waitForArrivals(arrivals);
+    EXPECT_EQ(started().size(), static_cast<std::size_t>(arrivals));
+    EXPECT_EQ(started().back(), std::to_string(arrivals) + ".mov");
+  }
+  gate.open();
+  for (const Job& job : jobs)
+    harness.log.waitFor(job.id, done);
+}
+
+TEST_F(JobScheduling, ARaisedLimitStartsNothingByItselfButTheNextAddFillsTheSlots) {
+  harness.settings.maxConcurrentJobs = 1;
+  auto& orchestrator = harness.start();
+  orchestrator.add(makeJobs(3));
+  gate.waitForArrivals(1);
+  harness.settings.maxConcurrentJobs = 3;
+  orchestrator.updateSettings(harness.settings);
+  EXPECT_EQ(gate.arrivals(), 1);
+  orchestrator.add({});
+  gate.waitForArrivals(3);
+}
+
+TEST_F(JobScheduling, ARaisedLimitIsFilledAtTheEndOfAJob) {
+  harness.settings.maxConcurrentJobs = 1;
+  auto& orchestrator = harness.start();
+  orchestrator.add(makeJobs(4));
+  gate.waitForArrivals(1);
+  harness.settings.maxConcurrentJobs = 3;
+  orchestrator.updateSettings(harness.settings);
+  gate.admitOne();
+  gate.waitForArrivals(4);
+}
+
+TEST_F(JobScheduling, ALoweredLimitStopsNoRunningJob) {
+  harness.settings.maxConcurrentJobs = 2;
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(4);
+  orchestrator.add(jobs);
+  gate.waitForArrivals(2);
+  harness.settings.maxConcurrentJobs = 1;
+  orchestrator.updateSettings(harness.settings);
+  gate.admitOne();
+  gate.admitOne();
+  gate.waitForArrivals(3);
+  harness.log.waitFor(jobs[0].id, done);
+  harness.log.waitFor(jobs[1].id, done);
+  EXPECT_EQ(gate.arrivals(), 3);
+}
+
+TEST_F(JobScheduling, AddReportsNothingByItself) {
+  harness.settings.maxConcurrentJobs = 1;
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(2);
+  orchestrator.add(jobs);
+  gate.waitForArrivals(1);
+  EXPECT_THAT(harness.log.of(jobs[1].id), IsEmpty());
+}
+
+TEST_F(JobScheduling, CancellingAWaitingJobGivesOneUpdateAndItNeverStarts) {
+  harness.settings.maxConcurrentJobs = 1;
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(3);
+  orchestrator.add(jobs);
+  gate.waitForArrivals(1);
+  orchestrator.cancel(jobs[1].id);
+  const auto updates = harness.log.of(jobs[1].id);
+  ASSERT_EQ(updates.size(), 1u);
+  EXPECT_EQ(updates[0].status, cancelled);
+  EXPECT_EQ(updates[0].error, "Cancelled");
+  gate.open();
+  harness.log.waitFor(jobs[2].id, done);
+  EXPECT_THAT(started(), ElementsAre("1.mov", "3.mov"));
+  EXPECT_EQ(harness.log.of(jobs[1].id).size(), 1u);
+}
+
+TEST_F(JobScheduling, CancellingAnUnknownIdReportsNothing) {
+  auto& orchestrator = harness.start();
+  orchestrator.cancel(UUID::random());
+  EXPECT_THAT(harness.log.all(), IsEmpty());
+}
+
+TEST_F(JobScheduling, CancellingADoneJobChangesNothing) {
+  gate.open();
+  const Job job = harness.makeJob("1.mov");
+  harness.runToEnd(job, done);
+  const auto before = harness.log.all().size();
+  harness.orchestrator().cancel(job.id);
+  EXPECT_EQ(harness.log.all().size(), before);
+  // Nor is the id noted: a retry of it still reports.
+  harness.orchestrator().add({job});
+  harness.orchestrator().report(0.2, job.id);
+  harness.log.waitFor(job.id, done);
+}
+
+TEST_F(JobScheduling, AnIdCancelledBeforeItsJobWasAddedSilencesThatRun) {
+  harness.stages.extractFrames = [this](const std::filesystem::path&, const SamplingConfig&,
+                                        const ExtractionProgress& progress, const std::stop_token&) -> Extraction {
+    progress(0.5);
+    gate.pass();
+    throw TQError::noFramesExtracted();
+  };
+  auto& orchestrator = harness.start();
+  const Job job = harness.makeJob("1.mov"), next = harness.makeJob("2.mov");
+  harness.settings.maxConcurrentJobs = 1;
+  orchestrator.updateSettings(harness.settings);
+  orchestrator.cancel(job.id);
+  orchestrator.add({job, next});
+  gate.open();
+  EXPECT_EQ(harness.log.waitFor(next.id, failed).error, "No frames could be extracted from the video");
+  EXPECT_THAT(harness.log.statusesOf(job.id), ElementsAre(extracting));
+}
+
+TEST_F(JobScheduling, AJobCancelledWhileWaitingAndRetriedDropsItsReportsAndItsFailure) {
+  harness.settings.maxConcurrentJobs = 1;
+  bool fails = false;
+  harness.stages.extractFrames = [&](const std::filesystem::path&, const SamplingConfig&,
+                                     const ExtractionProgress& progress, const std::stop_token& stop) {
+    gate.pass(stop);
+    progress(0.5);
+    if (fails) throw TQError::noFramesExtracted();
+    return Extraction{.frames = PipelineHarness::frames(1), .meta = {}};
+  };
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(3);
+  orchestrator.add({jobs[0], jobs[1]});
+  gate.waitForArrivals(1);
+  orchestrator.cancel(jobs[1].id);
+  gate.admitOne();
+  harness.log.waitFor(jobs[0].id, done);
+
+  fails = true;
+  orchestrator.add({jobs[1], jobs[2]});
+  gate.admitOne();
+  gate.admitOne();
+  harness.log.waitFor(jobs[2].id, failed);
+  const auto updates = harness.log.of(jobs[1].id);
+  EXPECT_THAT(harness.log.statusesOf(jobs[1].id), ElementsAre(cancelled, extracting));
+  EXPECT_EQ(updates.back().progress, 0.0);
+  EXPECT_EQ(updates.back().error, std::nullopt);
+
+  // The end of that run has taken the id out again: the next one reports and fails as usual.
+  orchestrator.add({jobs[1]});
+  gate.admitOne();
+  EXPECT_EQ(harness.log.waitFor(jobs[1].id, failed).progress, 0.2);
+}
+
+TEST_F(JobScheduling, AJobCancelledWhileWaitingAndRetriedCanStillFinish) {
+  harness.settings.maxConcurrentJobs = 1;
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(2);
+  orchestrator.add(jobs);
+  gate.waitForArrivals(1);
+  orchestrator.cancel(jobs[1].id);
+  orchestrator.add({jobs[1]});
+  gate.open();
+  harness.log.waitFor(jobs[1].id, done);
+}
+
+TEST_F(JobScheduling, ACancelledRunShowsAtOnceAndKeepsItsSlotUntilItHasEnded) {
+  harness.settings.maxConcurrentJobs = 1;
+  Gate unwinding;
+  harness.stages.extractFrames = [&](const std::filesystem::path& clip, const SamplingConfig&,
+                                     const ExtractionProgress&, const std::stop_token& stop) {
+    if (clip.filename() == "1.mov") {
+      try {
+        gate.pass(stop);
+      } catch (const Cancelled&) {
+        unwinding.pass();
+        throw;
+      }
+    }
+    return Extraction{.frames = PipelineHarness::frames(1), .meta = {}};
+  };
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(2);
+  orchestrator.add(jobs);
+  gate.waitForArrivals(1);
+  orchestrator.cancel(jobs[0].id);
+  EXPECT_EQ(harness.log.of(jobs[0].id).back().status, cancelled);
+  unwinding.waitForArrivals(1);
+  EXPECT_THAT(harness.log.of(jobs[1].id), IsEmpty());
+  unwinding.open();
+  harness.log.waitFor(jobs[1].id, done);
+  EXPECT_THAT(harness.log.statusesOf(jobs[0].id), ElementsAre(extracting, cancelled));
+}
+
+TEST_F(JobScheduling, TheEndOfACancelledRunLeavesTheSlotOfItsRetryAlone) {
+  harness.settings.maxConcurrentJobs = 2;
+  Gate unwinding, second, others;
+  std::atomic<int> runs = 0;
+  harness.stages.extractFrames = [&](const std::filesystem::path& clip, const SamplingConfig&,
+                                     const ExtractionProgress&, const std::stop_token& stop) {
+    if (clip.filename() == "1.mov") {
+      if (++runs == 1) {
+        try {
+          gate.pass(stop);
+        } catch (const Cancelled&) {
+          unwinding.pass();
+          throw;
+        }
+      }
+      second.pass();
+    } else {
+      others.pass();
+    }
+    return Extraction{.frames = PipelineHarness::frames(1), .meta = {}};
+  };
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(4);
+  orchestrator.add({jobs[0]});
+  gate.waitForArrivals(1);
+  orchestrator.cancel(jobs[0].id);
+  unwinding.waitForArrivals(1);
+  orchestrator.add({jobs[0]});
+  second.waitForArrivals(1);
+  orchestrator.add({jobs[1], jobs[2], jobs[3]});
+  others.waitForArrivals(1);
+  unwinding.open();
+  // The first run has ended once its silence is over: reports on the id pass again, since the end cleared the id.
+  while (harness.log.of(jobs[0].id).back().progress != 0.3)
+    orchestrator.report(0.3, jobs[0].id);
+  // Both slots are still taken, by the retry and by the second clip: no third clip was started.
+  EXPECT_EQ(others.arrivals(), 1);
+  second.open();
+  others.open();
+  for (const Job& job : jobs)
+    harness.log.waitFor(job.id, done);
+}
+
+TEST_F(JobScheduling, AReportAfterTheCancelIsDropped) {
+  auto& orchestrator = harness.start();
+  const Job job = harness.makeJob("1.mov");
+  orchestrator.add({job});
+  gate.waitForArrivals(1);
+  orchestrator.report(0.1, job.id);
+  EXPECT_EQ(harness.log.of(job.id).back().progress, 0.1);
+  orchestrator.cancel(job.id);
+  const auto before = harness.log.all().size();
+  orchestrator.report(0.3, job.id);
+  EXPECT_EQ(harness.log.all().size(), before);
+  EXPECT_EQ(harness.log.of(job.id).back().progress, 0.1);
+}
+
+TEST_F(JobScheduling, AReportMayFallAndLeavesTheStatusAlone) {
+  auto& orchestrator = harness.start();
+  const Job job = harness.makeJob("1.mov");
+  orchestrator.add({job});
+  gate.waitForArrivals(1);
+  orchestrator.report(0.3, job.id);
+  orchestrator.report(0.1, job.id);
+  EXPECT_EQ(harness.log.of(job.id).back().progress, 0.1);
+  EXPECT_EQ(harness.log.of(job.id).back().status, extracting);
+}
+
+TEST_F(JobScheduling, AReportOnAnUnknownIdIsDropped) {
+  harness.start().report(0.5, UUID::random());
+  EXPECT_THAT(harness.log.all(), IsEmpty());
+}
+
+TEST_F(JobScheduling, ACancelThatOvertakesTheFirstStepWins) {
+  gate.open();
+  auto& orchestrator = harness.start();
+  for (const Job& job : makeJobs(100)) {
+    orchestrator.add({job});
+    orchestrator.cancel(job.id);
+    const auto last = harness.log.of(job.id).back();
+    EXPECT_TRUE(last.status == cancelled || last.status == done) << rawValue(last.status);
+    if (last.status == cancelled) {
+      orchestrator.add({});
+      EXPECT_EQ(harness.log.of(job.id).back().status, cancelled);
+    }
+  }
+  harness.discard();
+  for (const Job& job : harness.log.all()) {
+    const auto last = harness.log.of(job.id).back().status;
+    EXPECT_TRUE(last == cancelled || last == done) << rawValue(last);
+  }
+}
+
+TEST_F(JobScheduling, ADiscardedOrchestratorStopsItsRunsAndReportsNothingMore) {
+  harness.settings.maxConcurrentJobs = 1;
+  harness.start().add(makeJobs(3));
+  gate.waitForArrivals(1);
+  const auto before = harness.log.all().size();
+  harness.discard();
+  EXPECT_EQ(harness.log.all().size(), before);
+  EXPECT_EQ(gate.arrivals(), 1);
+}
+
+TEST_F(JobScheduling, TwoHundredClipsStartInTheOrderOfAdding) {
+  harness.settings.maxConcurrentJobs = 8;
+  const auto jobs = makeJobs(200);
+  gate.open();
+  harness.start().add(jobs);
+  for (const Job& job : jobs)
+    harness.log.waitFor(job.id, done);
+  std::vector<UUID> order;
+  for (const Job& job : harness.log.all())
+    if (job.status == extracting) order.push_back(job.id);
+  ASSERT_EQ(order.size(), jobs.size());
+  // A clip gets a slot when at most seven that were added before it are still at work; all others have started long
+  // ago.
+  for (std::size_t index = 0; index < jobs.size(); ++index) {
+    const auto own = std::find(order.begin(), order.end(), jobs[index].id);
+    const auto startedLate =
+        std::count_if(jobs.begin(), jobs.begin() + static_cast<std::ptrdiff_t>(index),
+                      [&](const Job& job) { return std::find(own, order.end(), job.id) != order.end(); });
+    EXPECT_LE(startedLate, 7) << "clip " << index;
+  }
+}
+
+}  // namespace
+}  // namespace tq
