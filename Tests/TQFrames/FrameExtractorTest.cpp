@@ -1,0 +1,265 @@
+#include <gmock/gmock.h>
+#include <mutex>
+#include <stdexcept>
+
+#include "Support/ClipMaker.hpp"
+#include "Support/TemporaryFolder.hpp"
+#include "TQCore/TQError.hpp"
+#include "TQFrames/FrameExtractor.hpp"
+#include "TQPlatform/Cancelled.hpp"
+
+namespace tq::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr SamplingConfig threeFrames{.strategy = SamplingStrategy::evenDistribution, .evenFrameCount = 3};
+
+std::vector<double> timesOf(const Extraction& extraction) {
+  std::vector<double> times;
+  for (const auto& frame : extraction.frames)
+    times.push_back(frame.timecode.seconds);
+  return times;
+}
+
+std::string failureOf(const fs::path& clip, const SamplingConfig& config = threeFrames,
+                      const FrameExtractor& extractor = FrameExtractor()) try {
+  extractor.extract(clip, config);
+  return "no failure";
+} catch (const std::exception& error) {
+  return userFacingDescription(error);
+}
+
+/// Tools that answer from memory, and a record of what they were asked.
+struct FakeTools {
+  VideoMetadata meta{.duration = 40, .width = 64, .height = 48};
+  std::function<Image(double)> picture = [](double) { return Image::fromRGB(64, 48, Bytes(64 * 48 * 3, 50)); };
+  std::vector<double> asked;
+  std::vector<fs::path> made;
+  std::mutex mutex;
+
+  FrameExtractor extractor(std::size_t processors = 2) {
+    FrameExtractorHost host;
+    host.locate = [](std::string_view binary) { return fs::path("/tools") / binary; };
+    host.makeBridge = [this](const fs::path& ffmpeg, const fs::path& ffprobe) {
+      made = {ffmpeg, ffprobe};
+      return FrameBridge{.probe = [this](const fs::path&) { return meta; },
+                         .extractFrame =
+                             [this](double seconds, const fs::path&) {
+                               {
+                                 const std::lock_guard lock(mutex);
+                                 asked.push_back(seconds);
+                               }
+                               return picture(seconds);
+                             }};
+    };
+    host.processorCount = processors;
+    return FrameExtractor(host);
+  }
+};
+
+FrameExtractor withoutTool(std::string_view missing) {
+  FrameExtractorHost host;
+  host.locate = [missing](std::string_view binary) {
+    return binary == missing ? std::nullopt : std::optional(fs::path("/tools") / binary);
+  };
+  return FrameExtractor(host);
+}
+
+TEST(FrameExtractor, SamplesAClipInThisProgram) {
+  const auto clip = makeVideo(numberedPicture(8, 25), h264({"-g", "25"}), "mp4");
+  std::vector<double> told;
+  const Extraction extraction =
+      FrameExtractor().extract(clip, threeFrames, [&](double fraction) { told.push_back(fraction); });
+  EXPECT_THAT(timesOf(extraction), ElementsAre(2, 4, 6));
+  EXPECT_EQ(extraction.meta.width, 192);
+  EXPECT_EQ(extraction.meta.codec, "avc1");
+  for (const auto& frame : extraction.frames) {
+    const auto image = Image::decodeJPEG(frame.jpegData);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(frame.width, image->width());
+    EXPECT_NEAR(numberShown(*image) / 25.0, frame.timecode.seconds, 0.2 + 1e-6);
+  }
+  ASSERT_EQ(told.size(), 3u);
+  EXPECT_DOUBLE_EQ(told.back(), 1);
+}
+
+TEST(FrameExtractor, FramesAreScaledToTheEdge) {
+  const auto clip = makeVideo(movingPicture(1, 25, "640x360"), h264(), "mp4");
+  SamplingConfig config = threeFrames;
+  config.maxEdgePixels = 320;
+  const Extraction extraction = FrameExtractor().extract(clip, config);
+  for (const auto& frame : extraction.frames) {
+    EXPECT_EQ(frame.width, 320);
+    EXPECT_EQ(frame.height, 180);
+  }
+  EXPECT_EQ(extraction.meta.width, 640);
+}
+
+TEST(FrameExtractor, PortraitClipsGiveUprightFramesAndTheirStoredSize) {
+  const TemporaryFolder folder;
+  const Bytes stored = readClip(makeVideo(fourQuarters(), h264(), "mp4"));
+  const fs::path clip = writeClip(folder / "portrait.mp4", withMatrix(stored, rotation(90)));
+  SamplingConfig config = threeFrames;
+  config.maxEdgePixels = 80;
+  const Extraction extraction = FrameExtractor().extract(clip, config);
+  EXPECT_EQ(extraction.meta.width, 160);
+  EXPECT_EQ(extraction.meta.height, 120);
+  EXPECT_EQ(extraction.frames.front().width, 60);
+  EXPECT_EQ(extraction.frames.front().height, 80);
+  EXPECT_EQ(cornersByBrightness(*Image::decodeJPEG(extraction.frames.front().jpegData)), "tr br tl bl");
+}
+
+TEST(FrameExtractor, AdaptiveFindsTheScenes) {
+  // Two scenes that differ much, the second from 20 s on.
+  const auto clip = makeVideo(
+      "mandelbrot=s=160x120:r=4,trim=end_frame=1,loop=79:1[a];smptebars=s=160x120:r=4:d=10,format=bgr0[b];"
+      "[a][b]concat,format=yuv420p",
+      h264({"-g", "5"}), "mp4");
+  const auto times = timesOf(FrameExtractor().extract(clip, {.maxFrames = 2}));
+  EXPECT_THAT(times, ElementsAre(0.5, 20.5));
+}
+
+TEST(FrameExtractor, AdaptiveWithoutABudgetHasNoTimes) {
+  const auto clip = makeVideo(movingPicture(2), h264(), "mp4");
+  EXPECT_EQ(failureOf(clip, {.maxFrames = 0}), TQError::noFramesExtracted().description());
+  EXPECT_EQ(failureOf(clip, {.maxFrames = std::numeric_limits<std::int64_t>::min()}),
+            TQError::noFramesExtracted().description());
+}
+
+TEST(FrameExtractor, AdaptiveOnPicturesThatCannotBeDecodedFailsInTheBatch) {
+  const auto clip =
+      makeVideo(movingPicture(20),
+                h264({"-encryption_scheme", "cenc-aes-ctr", "-encryption_key", "76a6c65c5ea762046bd749a2e632ccbb",
+                      "-encryption_kid", "a7e61c373e219033c21091fa607bf3b8"}),
+                "mp4");
+  EXPECT_THAT(failureOf(clip, {}), HasSubstr("could not extract frame at 10.0s: the clip is encrypted"));
+}
+
+TEST(FrameExtractor, ADurationThatLiesStillYieldsFrames) {
+  const TemporaryFolder folder;
+  const Bytes clip = readClip(makeVideo(numberedPicture(1, 25), h264(), "mp4"));
+  const fs::path lying = writeClip(folder / "lying.mp4", withDuration(clip, 143'165'000));
+  for (const auto strategy :
+       {SamplingStrategy::fixedInterval, SamplingStrategy::evenDistribution, SamplingStrategy::adaptive}) {
+    const Extraction extraction = FrameExtractor().extract(lying, {.strategy = strategy, .maxFrames = 5});
+    EXPECT_EQ(extraction.frames.size(), 5u);
+    EXPECT_EQ(numberShown(*Image::decodeJPEG(extraction.frames.back().jpegData)), 24);
+  }
+}
+
+TEST(FrameExtractor, ADurationOfZeroGivesTheFirstFrame) {
+  FakeTools tools;
+  tools.meta.duration = 0;
+  for (const auto strategy :
+       {SamplingStrategy::fixedInterval, SamplingStrategy::evenDistribution, SamplingStrategy::adaptive})
+    EXPECT_THAT(timesOf(tools.extractor().extract("/clips/a.mkv", {.strategy = strategy})), ElementsAre(0.0));
+}
+
+TEST(FrameExtractor, FilesThatAreNoClipsFailWithAReason) {
+  const TemporaryFolder folder;
+  EXPECT_THAT(failureOf(folder.write("empty.mp4", "")), HasSubstr("the file is empty"));
+  EXPECT_THAT(failureOf(folder.write("text.mov", "no movie")), HasSubstr("damaged or in an unknown format"));
+  EXPECT_THAT(failureOf(folder / "gone.m4v"), HasSubstr("No such file or directory"));
+}
+
+TEST(FrameExtractor, AClipWithoutVideoIsNamed) {
+  const auto clip = makeClip({"-f", "lavfi", "-i", "sine=d=1", "-c:a", "aac"}, "mp4");
+  EXPECT_THAT(failureOf(clip), HasSubstr("No video track in " + clip.filename().string()));
+}
+
+TEST(FrameExtractor, AClipWithoutAudioIsFine) {
+  EXPECT_EQ(FrameExtractor().extract(makeVideo(movingPicture(1), h264(), "mov"), threeFrames).frames.size(), 3u);
+}
+
+TEST(FrameExtractor, TheExtensionAloneChoosesTheTools) {
+  FakeTools tools;
+  for (const auto* name : {"/clips/a.mkv", "/clips/a.MKV", "/clips/a.webm", "/clips/a.avi", "/clips/a.Mxf"}) {
+    tools.asked.clear();
+    EXPECT_THAT(timesOf(tools.extractor().extract(name, threeFrames)), ElementsAre(10, 20, 30)) << name;
+    EXPECT_EQ(tools.asked.size(), 3u) << name;
+  }
+  EXPECT_THAT(tools.made, ElementsAre(fs::path("/tools/ffmpeg"), fs::path("/tools/ffprobe")));
+}
+
+TEST(FrameExtractor, NoOtherClipReachesTheTools) {
+  FakeTools tools;
+  const TemporaryFolder folder;
+  EXPECT_NE(failureOf(folder.write("matroska.mp4", "\x1A\x45\xDF\xA3 matroska"), threeFrames, tools.extractor()),
+            "no failure");
+  EXPECT_THAT(tools.made, IsEmpty());
+}
+
+TEST(FrameExtractor, AMissingToolNamesTheFormatThatNeedsIt) {
+  for (const auto* missing : {"ffmpeg", "ffprobe"}) {
+    EXPECT_EQ(failureOf("/clips/a.MKV", threeFrames, withoutTool(missing)),
+              TQError::ffmpegMissing(".mkv").description());
+    EXPECT_EQ(failureOf("/clips/a.webm", threeFrames, withoutTool(missing)),
+              TQError::ffmpegMissing(".webm").description());
+  }
+}
+
+TEST(FrameExtractor, ClipsInThisProgramNeedNoTools) {
+  const auto clip = makeVideo(movingPicture(1), h264(), "mp4");
+  EXPECT_EQ(withoutTool("ffmpeg").extract(clip, threeFrames).frames.size(), 3u);
+}
+
+TEST(FrameExtractor, TheRealToolsSampleAMatroskaClip) {
+  const auto clip = makeVideo(numberedPicture(4, 10), h264(), "mkv");
+  const Extraction extraction = FrameExtractor().extract(clip, threeFrames);
+  EXPECT_EQ(extraction.meta.codec, "h264");
+  ASSERT_EQ(extraction.frames.size(), 3u);
+  for (const auto& frame : extraction.frames)
+    EXPECT_NEAR(numberShown(*Image::decodeJPEG(frame.jpegData)) / 10.0, frame.timecode.seconds, 0.1 + 1e-6);
+}
+
+TEST(FrameExtractor, TheAdaptivePassThroughTheToolsIsOneByOneAndDecodedAgain) {
+  FakeTools tools;
+  EXPECT_EQ(tools.extractor().extract("/clips/a.mkv", {.maxFrames = 4}).frames.size(), 4u);
+  EXPECT_EQ(tools.asked.size(), 40u + 4u);
+}
+
+TEST(FrameExtractor, AFailingToolFailsTheClipWithItsError) {
+  FakeTools tools;
+  tools.picture = [](double seconds) -> Image {
+    if (seconds == 20) throw TQError::frameExtractionFailed("exit 1");
+    return Image::fromRGB(1, 1, Bytes(3));
+  };
+  EXPECT_EQ(failureOf("/clips/a.mkv", threeFrames, tools.extractor()),
+            TQError::frameExtractionFailed("exit 1").description());
+}
+
+TEST(FrameExtractor, AStopRequestDuringTheAdaptivePassIsNotSwallowed) {
+  FakeTools tools;
+  std::stop_source source;
+  tools.picture = [&](double seconds) {
+    if (seconds > 5) source.request_stop();
+    return Image::fromRGB(1, 1, Bytes(3));
+  };
+  EXPECT_THROW(tools.extractor().extract("/clips/a.mkv", {.maxFrames = 4}, nullptr, source.get_token()), Cancelled);
+  EXPECT_EQ(tools.asked.size(), 6u) << "no tool is started after the request";
+}
+
+TEST(FrameExtractor, AStopRequestEndsTheBatchInThisProgram) {
+  const auto clip = makeVideo(movingPicture(2), h264(), "mp4");
+  std::stop_source source;
+  int finished = 0;
+  const ExtractionProgress stopping = [&](double) {
+    ++finished;
+    source.request_stop();
+  };
+  EXPECT_THROW(FrameExtractor().extract(clip, threeFrames, stopping, source.get_token()), Cancelled);
+  EXPECT_EQ(finished, 1);
+}
+
+TEST(FrameExtractor, ARequestBeforeTheStartTouchesNothing) {
+  std::stop_source source;
+  source.request_stop();
+  EXPECT_THROW(FrameExtractor().extract("/no/such/clip.mp4", threeFrames, nullptr, source.get_token()), Cancelled);
+}
+
+}  // namespace
+}  // namespace tq::test
