@@ -124,12 +124,6 @@ MediaTrack trackOf(const AVStream& stream) {
 
 }  // namespace
 
-std::string libavText(int error) {
-  std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-  av_strerror(error, text.data(), text.size());
-  return text.data();
-}
-
 MediaAsset::MediaAsset(const fs::path& file, std::stop_token stop) : state_(std::make_unique<State>()) {
   silenceLog();
   requireRegularFile(file);

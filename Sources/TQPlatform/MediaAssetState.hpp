@@ -25,7 +25,4 @@ struct MediaAsset::State {
   };
 };
 
-/// The words of libav for an error code of its own.
-std::string libavText(int error);
-
 }  // namespace tq
