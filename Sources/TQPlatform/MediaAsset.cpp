@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -51,7 +52,8 @@ void requireRegularFile(const fs::path& file) {
 
 [[noreturn]] void throwOpenFailure(int error, const fs::path& file, const std::stop_token& stop) {
   throwIfStopped(stop);
-  constexpr std::array accessFailures{EACCES, EPERM, ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG, EMFILE, ENFILE, ENOMEM, EIO};
+  // "Out of memory" is left out: it is what absurd sizes in damaged tables come to.
+  constexpr std::array accessFailures{EACCES, EPERM, ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG, EMFILE, ENFILE, EIO};
   if (std::ranges::find(accessFailures, AVUNERROR(error)) != accessFailures.end())
     throw SystemError(AVUNERROR(error), file);
   throw MediaError("the file is damaged or in an unknown format");
