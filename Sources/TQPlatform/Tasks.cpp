@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 #include "TQPlatform/Cancelled.hpp"
@@ -62,10 +63,14 @@ void forEachWindowed(std::size_t count, std::size_t width, std::stop_token stop,
   Window window(count, body);
   {
     const std::stop_callback cancel(stop, [&] { window.fail(std::make_exception_ptr(Cancelled())); });
-    std::vector<std::jthread> workers;
-    const std::size_t workerCount = std::min(count, std::max<std::size_t>(width, 1));
-    for (std::size_t number = 0; number < workerCount; ++number)
-      workers.emplace_back([&window] { window.work(); });
+    std::vector<std::jthread> helpers;
+    try {
+      for (std::size_t workers = 1; workers < std::min(count, width); ++workers)
+        helpers.emplace_back([&window] { window.work(); });
+    } catch (const std::system_error&) {
+      // The machine gives no more threads; those that are there do it all.
+    }
+    window.work();
   }
   if (const auto error = window.error()) std::rethrow_exception(error);
 }
@@ -76,37 +81,39 @@ TaskScope::~TaskScope() {
 
 std::stop_source TaskScope::start(std::function<void(std::stop_token)> body) {
   const auto ended = takeEnded();
+  std::list<Task> started(1);
+  Task& task = started.front();
   std::lock_guard lock(mutex_);
-  Task& task = *tasks_.emplace_back(std::make_unique<Task>());
   task.thread = std::jthread([this, &task, body = std::move(body)](std::stop_token stop) {
     body(std::move(stop));
     std::lock_guard endLock(mutex_);
     task.ended = true;
   });
+  tasks_.splice(tasks_.end(), started);
   return task.thread.get_stop_source();
 }
 
 void TaskScope::stopAndWait() {
   for (;;) {
-    std::list<std::unique_ptr<Task>> tasks;
+    std::list<Task> tasks;
     {
       std::lock_guard lock(mutex_);
       tasks.swap(tasks_);
     }
     if (tasks.empty()) return;
-    for (const auto& task : tasks)
-      task->thread.request_stop();
-    for (const auto& task : tasks)
-      task->thread.join();
+    for (Task& task : tasks)
+      task.thread.request_stop();
+    for (Task& task : tasks)
+      task.thread.join();
   }
 }
 
-std::list<std::unique_ptr<TaskScope::Task>> TaskScope::takeEnded() {
-  std::list<std::unique_ptr<Task>> ended;
+std::list<TaskScope::Task> TaskScope::takeEnded() {
+  std::list<Task> ended;
   std::lock_guard lock(mutex_);
   for (auto task = tasks_.begin(); task != tasks_.end();) {
     const auto next = std::next(task);
-    if ((*task)->ended) ended.splice(ended.end(), tasks_, task);
+    if (task->ended) ended.splice(ended.end(), tasks_, task);
     task = next;
   }
   return ended;

@@ -1,14 +1,13 @@
-#include "TQPlatform/Tasks.hpp"
-
-#include <gtest/gtest.h>
-
 #include <atomic>
+#include <gtest/gtest.h>
 #include <latch>
 #include <mutex>
 #include <stdexcept>
 #include <vector>
 
+#include "Support/NoMoreThreads.hpp"
 #include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Tasks.hpp"
 
 namespace tq {
 namespace {
@@ -16,7 +15,8 @@ namespace {
 TEST(ForEachWindowed, VisitsEveryIndexOnce) {
   std::vector<std::atomic<int>> visits(100);
   forEachWindowed(100, 4, {}, [&](std::size_t index, std::stop_token) { ++visits[index]; });
-  for (const auto& count : visits) EXPECT_EQ(count, 1);
+  for (const auto& count : visits)
+    EXPECT_EQ(count, 1);
 }
 
 TEST(ForEachWindowed, NothingToDoReturnsAtOnce) {
@@ -58,7 +58,8 @@ TEST(ForEachWindowed, FirstErrorWinsAndStopsTheOthers) {
       ++started;
       bothInside.arrive_and_wait();
       if (index == 0) throw std::runtime_error("first");
-      while (!stop.stop_requested()) std::this_thread::yield();
+      while (!stop.stop_requested())
+        std::this_thread::yield();
       otherSawStop = true;
       throw std::runtime_error("second");
     });
@@ -90,12 +91,55 @@ TEST(ForEachWindowed, StopInTheMiddleStartsNothingMoreAndWaitsForTheRunning) {
   EXPECT_EQ(ended, 1);
 }
 
+TEST(ForEachWindowed, WithoutMoreThreadsTheCallingOneDoesItAll) {
+  std::vector<std::atomic<int>> visits(100);
+  {
+    const test::NoMoreThreads shortage;
+    forEachWindowed(100, 4, {}, [&](std::size_t index, std::stop_token) { ++visits[index]; });
+  }
+  for (const auto& count : visits)
+    EXPECT_EQ(count, 1);
+}
+
+TEST(TaskScope, WithoutMoreThreadsAStartFailsAndTheScopeStaysUsable) {
+  std::atomic<int> ran = 0;
+  {
+    TaskScope scope;
+    const auto body = [&](std::stop_token) { ++ran; };
+    {
+      const test::NoMoreThreads shortage;
+      EXPECT_THROW(scope.start(body), std::system_error);
+    }
+    scope.start(body);
+    scope.stopAndWait();
+    EXPECT_EQ(ran, 1);
+  }
+}
+
+TEST(TaskScope, WhatATaskStartsWhileItsScopeEndsIsAwaitedToo) {
+  std::atomic<bool> secondEnded = false;
+  {
+    TaskScope scope;
+    scope.start([&](std::stop_token stop) {
+      while (!stop.stop_requested())
+        std::this_thread::yield();
+      scope.start([&](std::stop_token secondStop) {
+        while (!secondStop.stop_requested())
+          std::this_thread::yield();
+        secondEnded = true;
+      });
+    });
+  }
+  EXPECT_TRUE(secondEnded);
+}
+
 TEST(TaskScope, DestructorStopsAndWaits) {
   std::atomic<bool> ended = false;
   {
     TaskScope scope;
     scope.start([&](std::stop_token stop) {
-      while (!stop.stop_requested()) std::this_thread::yield();
+      while (!stop.stop_requested())
+        std::this_thread::yield();
       ended = true;
     });
   }
@@ -107,7 +151,8 @@ TEST(TaskScope, OneTaskIsStoppedWithoutTheOthers) {
   std::latch stopped(1);
   std::atomic<bool> otherStopped = false;
   auto one = scope.start([&](std::stop_token stop) {
-    while (!stop.stop_requested()) std::this_thread::yield();
+    while (!stop.stop_requested())
+      std::this_thread::yield();
     stopped.count_down();
   });
   scope.start([&](std::stop_token stop) {
