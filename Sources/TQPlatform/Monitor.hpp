@@ -7,8 +7,9 @@
 
 namespace tq {
 
-/// The lock of a serial object. Every operation of such an object starts with `enter()` and holds it to its end; where the
-/// operation waits for something slow it says `held.whileSuspended(...)`, and only there may other operations step in.
+/// The lock of a serial object. Every operation of such an object starts with `enter()` and holds it to its end; where
+/// the operation waits for something slow it says `held.whileSuspended(...)`, and only there may other operations step
+/// in.
 ///
 ///     void Thing::operation(std::stop_token stop) {
 ///       auto held = monitor_.enter();
@@ -17,8 +18,9 @@ namespace tq {
 ///       finish(answer);                                   // nothing interleaves
 ///     }
 ///
-/// Fair: operations get in, and come back from a suspension, in the order in which they asked, so that none starves under a
-/// stream of others. Not recursive: an operation calls the object's private parts, never another of its operations.
+/// Fair: operations get in, and come back from a suspension, in the order in which they asked, so that none starves
+/// under a stream of others. Not recursive: an operation calls the object's private parts, never another of its
+/// operations.
 class Monitor {
  public:
   /// The right to touch the object's members, for as long as it lives.

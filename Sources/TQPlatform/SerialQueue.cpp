@@ -26,10 +26,11 @@ void SerialQueue::flush() {
 void SerialQueue::work(const std::stop_token& stop) {
   std::unique_lock lock(mutex_);
   while (posted_.wait(lock, stop, [this] { return !items_.empty(); }) && !stop.stop_requested()) {
-    const auto item = std::move(items_.front());
+    auto item = std::move(items_.front());
     items_.pop_front();
     lock.unlock();
     item();
+    item = nullptr;  // what it owns may post in its destructor
     lock.lock();
   }
 }

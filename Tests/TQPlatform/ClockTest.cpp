@@ -1,11 +1,9 @@
-#include "TQPlatform/Clock.hpp"
-
 #include <gtest/gtest.h>
-
 #include <thread>
 
 #include "Support/ManualClock.hpp"
 #include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Clock.hpp"
 
 namespace tq {
 namespace {

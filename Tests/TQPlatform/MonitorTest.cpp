@@ -1,11 +1,12 @@
-#include "TQPlatform/Monitor.hpp"
-
 #include <gtest/gtest.h>
-
 #include <latch>
+#include <list>
 #include <stdexcept>
 #include <string>
 #include <thread>
+
+#include "Support/WatchedThread.hpp"
+#include "TQPlatform/Monitor.hpp"
 
 namespace tq {
 namespace {
@@ -21,9 +22,7 @@ TEST(Monitor, NothingInterleavesBetweenSuspensions) {
       value = seen + 1;
     }
   };
-  {
-    std::jthread first(bump), second(bump);
-  }
+  { std::jthread first(bump), second(bump); }
   EXPECT_EQ(value, 2000);
 }
 
@@ -71,6 +70,27 @@ TEST(Monitor, IsHeldAgainAfterAWaitThatThrew) {
   }
   other.join();
   EXPECT_EQ(order, "holder,other");
+}
+
+TEST(Monitor, OperationsGetInInTheOrderInWhichTheyAsked) {
+  Monitor monitor;
+  std::string order;
+  std::list<test::WatchedThread> threads;
+  {
+    auto held = monitor.enter();
+    for (char name = 'a'; name < 'k'; ++name) {
+      const auto enter = [&monitor, &order, name] {
+        auto own = monitor.enter();
+        order += name;
+      };
+      threads.emplace_back(enter).waitUntilItWaits();
+    }
+    // Who comes back from a suspension queues up as well.
+    held.whileSuspended([] {});
+    order += "!";
+  }
+  threads.clear();
+  EXPECT_EQ(order, "abcdefghij!");
 }
 
 }  // namespace
