@@ -106,7 +106,7 @@ class Child {
   /// A child that nobody waited for is not left behind.
   ~Child() {
     if (pid_ == 0) return;
-    signalGroup(SIGKILL);
+    killGroup();
     int ignored = 0;
     while (::waitpid(pid_, &ignored, 0) == -1 && errno == EINTR) {
     }
@@ -115,7 +115,13 @@ class Child {
   Child& operator=(const Child&) = delete;
 
   pid_t pid() const { return pid_; }
-  void signalGroup(int signal) const { ::kill(-pid_, signal); }
+  void askGroupToEnd() const { ::kill(-pid_, SIGTERM); }
+
+  /// The leader is named by itself as well, since it may have gone over to another group.
+  void killGroup() const {
+    ::kill(-pid_, SIGKILL);
+    ::kill(pid_, SIGKILL);
+  }
 
   /// Waits for its end and takes it off the process table; gives its exit status or the number of the signal.
   int reap() {
@@ -157,7 +163,7 @@ class Run {
         wait();
     }
     // Members of the group that closed the pipes may still be there.
-    if (stage_ != Stage::running) child_.signalGroup(SIGKILL);
+    if (stage_ != Stage::running) child_.killGroup();
     result_.status = child_.reap();
     result_.timedOut = stage_ != Stage::running;
     return std::move(result_);
@@ -177,10 +183,14 @@ class Run {
   bool isOver() const { return !ending_ && (stage_ == Stage::killed || (!outputPipe_.readEnd && !errorPipe_.readEnd)); }
 
   void escalate() {
-    const bool first = stage_ == Stage::running;
-    stage_ = first ? Stage::terminating : Stage::killed;
-    child_.signalGroup(first ? SIGTERM : SIGKILL);
-    deadline_ = after(limits_.grace);
+    if (stage_ == Stage::running) {
+      stage_ = Stage::terminating;
+      child_.askGroupToEnd();
+      deadline_ = after(limits_.grace);
+    } else {
+      stage_ = Stage::killed;
+      child_.killGroup();
+    }
   }
 
   /// Waits for the next event or the deadline and deals with it.

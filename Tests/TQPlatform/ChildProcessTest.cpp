@@ -188,6 +188,12 @@ TEST(RunChild, AGrandchildThatLeftTheGroupCannotKeepTheCallWaiting) {
   EXPECT_LT(steady_clock::now() - start, Seconds(15));
 }
 
+TEST(RunChild, AChildThatWentOverToAnotherGroupIsKilledToo) {
+  const auto start = steady_clock::now();
+  EXPECT_TRUE(runScript("exec perl -e 'setpgrp(0, getpgrp(getppid())) or exit 9; sleep 20'", shortAll).timedOut);
+  EXPECT_LT(steady_clock::now() - start, Seconds(15));
+}
+
 TEST(RunChild, MoreOutputThanAllowedEndsItLikeATimeOut) {
   const ChildResult result = runScript("yes", {.time = Seconds(600), .grace = Seconds(60), .outputBytes = 100'000});
   EXPECT_TRUE(result.timedOut);
