@@ -25,5 +25,29 @@ TEST(InterruptWatcher, CountsInterruptsAndEndsQuietly) {
   EXPECT_EQ(counts, (std::vector<int>{1, 2}));
 }
 
+TEST(InterruptWatcher, WhatWasIgnoredBeforeStaysIgnored) {
+  // In a process of its own, since signals that were blocked before would not be ignored.
+  EXPECT_EXIT(
+      {
+        sigset_t none;
+        sigemptyset(&none);
+        pthread_sigmask(SIG_SETMASK, &none, nullptr);
+        signal(SIGHUP, SIG_IGN);
+        std::latch interrupted(1);
+        int counts = 0;
+        {
+          InterruptWatcher watcher([&](int count) {
+            counts = count;
+            interrupted.count_down();
+          });
+          kill(getpid(), SIGHUP);
+          kill(getpid(), SIGTERM);
+          interrupted.wait();
+        }
+        _exit(counts);
+      },
+      testing::ExitedWithCode(1), "");
+}
+
 }  // namespace
 }  // namespace tq
