@@ -1,6 +1,7 @@
 #include "TQPipeline/JobOrchestrator.hpp"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace tq {
@@ -67,14 +68,18 @@ void JobOrchestrator::drain() {
   if (discarded_) return;
   const auto limit = static_cast<std::size_t>(std::max<std::int64_t>(settings_.maxConcurrentJobs, 1));
   while (inFlight_.size() < limit && !pending_.empty()) {
-    Job job = std::move(pending_.front());
-    pending_.pop_front();
-    const UUID id = job.id;
+    const Job& next = pending_.front();
     const RunNumber number = ++lastRun_;
-    auto stopSource = tasks_.start([this, job = std::move(job), number](const std::stop_token& stop) mutable {
-      run(std::move(job), number, stop);
-    });
-    inFlight_.insert_or_assign(id, Run{number, std::move(stopSource)});
+    try {
+      auto stopSource = tasks_.start(
+          [this, job = next, number](const std::stop_token& stop) mutable { run(std::move(job), number, stop); });
+      inFlight_.insert_or_assign(next.id, Run{number, std::move(stopSource)});
+    } catch (const std::system_error& error) {
+      // The machine gives no more threads. The end of another job will try again; without one, nobody would.
+      if (!inFlight_.empty()) return;
+      recordFailure(next, error, {});
+    }
+    pending_.pop_front();
   }
 }
 

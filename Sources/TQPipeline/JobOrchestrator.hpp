@@ -32,8 +32,8 @@ namespace tq {
 /// the other operations, so a thread that must stay responsive posts its calls instead of making them itself.
 class JobOrchestrator {
  public:
-  /// Called for every reported change, while the orchestrator is held: it passes the job on without blocking and calls
-  /// no operation of the orchestrator.
+  /// Called for every reported change, while the orchestrator is held: it passes the job on without blocking, calls no
+  /// operation of the orchestrator and does not throw.
   using UpdateHandler = std::function<void(const Job& job)>;
 
   /// Nothing runs until `add`.
@@ -78,7 +78,7 @@ class JobOrchestrator {
   void publish(const Job& job);
   void remember(const Job& job);
   void endRun(const UUID& jobID, RunNumber number);
-  void recordFailure(Job job, const std::exception& error);
+  void recordFailure(Job job, const std::exception& error, const std::stop_token& stop);
 
   void run(Job job, RunNumber number, const std::stop_token& stop);
   void perform(Job& job, Monitor::Held& held, const std::stop_token& stop);

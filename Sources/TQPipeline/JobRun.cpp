@@ -72,14 +72,15 @@ void JobOrchestrator::run(Job job, RunNumber number, const std::stop_token& stop
   } catch (const Cancelled&) {
     // Whoever cancelled has set and reported the status.
   } catch (const std::exception& error) {
-    recordFailure(std::move(job), error);
+    recordFailure(std::move(job), error, stop);
   }
   endRun(id, number);
 }
 
-void JobOrchestrator::recordFailure(Job job, const std::exception& error) {
-  // A transport may report an interrupted request as an error of its own.
-  if (cancelled_.contains(job.id)) return;
+void JobOrchestrator::recordFailure(Job job, const std::exception& error, const std::stop_token& stop) {
+  // A transport may report an interrupted request as an error of its own. The run's own token is asked as well: a retry
+  // that ended first has taken the id out of the set.
+  if (stop.stop_requested() || cancelled_.contains(job.id)) return;
   job.progress = current_.at(job.id).progress;
   job.status = JobStatus::failed;
   job.error = userFacingDescription(error);
@@ -229,7 +230,13 @@ std::optional<TranscriptInfo> JobOrchestrator::runTranscription(const std::files
   const struct Cleanup {
     const TranscriptionStage& stage;
     const std::filesystem::path& audio;
-    ~Cleanup() { stage.cleanup(audio); }
+    ~Cleanup() {
+      try {
+        stage.cleanup(audio);
+      } catch (const std::exception&) {
+        // A temporary file that stays is no reason to lose the transcript.
+      }
+    }
   } cleanup{stage, *audio};
 
   TranscriptionRequest request{.audioURL = *audio, .mimeType = "audio/m4a", .language = {}, .prompt = {}};

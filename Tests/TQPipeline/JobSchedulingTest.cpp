@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/NoMoreThreads.hpp"
 #include "Support/PipelineHarness.hpp"
 #include "TQCore/TQError.hpp"
 
@@ -168,6 +169,56 @@ TEST_F(JobScheduling, CancellingADoneJobChangesNothing) {
   harness.log.waitFor(job.id, done);
 }
 
+TEST_F(JobScheduling, CancellingAgainChangesNothing) {
+  auto& orchestrator = harness.start();
+  const Job job = harness.makeJob("1.mov");
+  orchestrator.add({job});
+  gate.waitForArrivals(1);
+  orchestrator.cancel(job.id);
+  orchestrator.cancel(job.id);
+  EXPECT_THAT(harness.log.of(job.id), testing::SizeIs(2)) << "extracting, cancelled";
+}
+
+TEST_F(JobScheduling, AJobThatHasEndedIsKeptWithoutItsLargeParts) {
+  gate.open();
+  const Job end = harness.runToEnd(harness.makeJob("1.mov"), done);
+  EXPECT_TRUE(end.frames && end.rawResponse && end.result);
+  harness.orchestrator().report(0.5, end.id);
+  const Job kept = harness.log.of(end.id).back();
+  EXPECT_EQ(kept.status, done);
+  EXPECT_EQ(kept.progress, 0.5);
+  EXPECT_FALSE(kept.frames || kept.rawResponse || kept.result);
+}
+
+TEST_F(JobScheduling, WithoutMoreThreadsAJobWaitsForTheEndOfAnother) {
+  harness.settings.maxConcurrentJobs = 2;
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(2);
+  orchestrator.add({jobs[0]});
+  gate.waitForArrivals(1);
+  {
+    const test::NoMoreThreads shortage;
+    orchestrator.add({jobs[1]});
+  }
+  EXPECT_THAT(harness.log.of(jobs[1].id), IsEmpty());
+  gate.open();
+  harness.log.waitFor(jobs[1].id, done);
+}
+
+TEST_F(JobScheduling, WithoutAnyThreadAJobFails) {
+  gate.open();
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(2);
+  {
+    const test::NoMoreThreads shortage;
+    orchestrator.add(jobs);
+  }
+  for (const Job& job : jobs)
+    EXPECT_EQ(harness.log.waitFor(job.id, failed).error, "Resource temporarily unavailable");
+  orchestrator.add({jobs[0]});
+  harness.log.waitFor(jobs[0].id, done);
+}
+
 TEST_F(JobScheduling, AnIdCancelledBeforeItsJobWasAddedSilencesThatRun) {
   harness.stages.extractFrames = [this](const std::filesystem::path&, const SamplingConfig&,
                                         const ExtractionProgress& progress, const std::stop_token&) -> Extraction {
@@ -301,6 +352,38 @@ TEST_F(JobScheduling, TheEndOfACancelledRunLeavesTheSlotOfItsRetryAlone) {
   others.open();
   for (const Job& job : jobs)
     harness.log.waitFor(job.id, done);
+}
+
+TEST_F(JobScheduling, ACancelledRunThatFailsAfterItsRetryHasEndedLeavesTheRetryDone) {
+  harness.settings.maxConcurrentJobs = 2;
+  std::atomic<int> runs = 0;
+  Gate unwinding;
+  harness.stages.extractFrames = [&](const std::filesystem::path& clip, const SamplingConfig&,
+                                     const ExtractionProgress&, const std::stop_token& stop) {
+    if (clip.filename() == "1.mov" && ++runs == 1) {
+      unwinding.pass();
+      throw TQError::frameExtractionFailed("the tool was stopped");
+    }
+    if (clip.filename() == "2.mov") gate.pass(stop);
+    return Extraction{.frames = PipelineHarness::frames(1), .meta = {}};
+  };
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(3);
+  orchestrator.add({jobs[0]});
+  unwinding.waitForArrivals(1);
+  orchestrator.cancel(jobs[0].id);
+  orchestrator.add({jobs[0]});
+  harness.log.waitFor(jobs[0].id, done);
+
+  // The third clip shows when the first run has ended: nothing else starts it after the limit was raised.
+  harness.settings.maxConcurrentJobs = 1;
+  orchestrator.updateSettings(harness.settings);
+  orchestrator.add({jobs[1], jobs[2]});
+  harness.settings.maxConcurrentJobs = 2;
+  orchestrator.updateSettings(harness.settings);
+  unwinding.open();
+  harness.log.waitFor(jobs[2].id, done);
+  EXPECT_EQ(harness.log.of(jobs[0].id).back().status, done);
 }
 
 TEST_F(JobScheduling, AReportAfterTheCancelIsDropped) {

@@ -73,6 +73,17 @@ TEST_F(DetectionStages, AFrameWithoutFacesGetsAnEmptyListAndOneWithoutTextGetsNo
   EXPECT_EQ(end.result->shots[1].onScreenText, std::nullopt);
 }
 
+TEST_F(DetectionStages, AFrameWhoseTextCannotBeReadHasNoEntry) {
+  harness.settings.ocrEnabled = true;
+  harness.stages.recognizeText = [](ByteView jpeg, const std::stop_token&) -> std::vector<std::string> {
+    if (nameOf(jpeg) == "jpeg-0") throw TQError::frameExtractionFailed("text recognition failed");
+    return {"EXIT"};
+  };
+  const Job end = harness.runToEnd(harness.makeJob("clip.mov"), done);
+  EXPECT_EQ(end.result->shots[0].onScreenText, std::nullopt);
+  EXPECT_EQ(end.result->shots[1].onScreenText, std::vector<std::string>{"EXIT"});
+}
+
 TEST_F(DetectionStages, AllFacesAreLookedForBeforeAnyText) {
   harness.settings.faceDetectionEnabled = true;
   harness.settings.ocrEnabled = true;
@@ -205,6 +216,14 @@ TEST_F(TranscriptionStages, KeepTheLanguageAskedForWhereTheAnswerNamesNone) {
   EXPECT_EQ(requests.at(0).language, "de");
 }
 
+TEST_F(TranscriptionStages, PreferTheLanguageThatTheAnswerNames) {
+  harness.settings.transcriptionLanguage = "de";
+  heard = [](const auto&...) {
+    return TranscriptionResponse{.text = "Hi.", .modelId = "answering-ears", .language = "en", .speakers = {}};
+  };
+  EXPECT_EQ(run().result->transcript->language, "en");
+}
+
 TEST_F(TranscriptionStages, MakeNoRequestForASilentClip) {
   audible = false;
   EXPECT_EQ(run().result->transcript, std::nullopt);
@@ -233,6 +252,68 @@ TEST_F(TranscriptionStages, CleanUpWhenTheCallFails) {
   heard = [](const auto&...) -> TranscriptionResponse { throw TQError::providerTransport("down"); };
   EXPECT_EQ(run().result->transcript, std::nullopt);
   EXPECT_THAT(cleaned, ElementsAre("/tmp/audio.m4a"));
+}
+
+TEST_F(TranscriptionStages, KeepTheTranscriptWhenTheCleanUpFails) {
+  harness.stages.transcription->cleanup = [](const fs::path&) { throw TQError::frameExtractionFailed("busy"); };
+  EXPECT_TRUE(run().result->transcript);
+}
+
+TEST_F(TranscriptionStages, AreMadeFromTheSettingsInForce) {
+  harness.settings.transcriptionModel = "nova-2";
+  const auto make = harness.stages.transcription->makeProvider;
+  harness.stages.transcription->makeProvider = [&](const AppSettings& settings, const std::string& key) {
+    EXPECT_EQ(settings, harness.settings);
+    return make(settings, key);
+  };
+  run();
+  EXPECT_THAT(keys, ElementsAre(""));
+}
+
+/// Everything that a run waits for lets other operations step in meanwhile: each stage here makes one by itself.
+TEST_F(TranscriptionStages, AndAllOtherWaitsHoldUpNobody) {
+  harness.gps = GPS{.latitude = 1, .longitude = 2, .altitudeMeters = {}, .placeName = {}};
+  harness.settings.geocodingEnabled = harness.settings.faceDetectionEnabled = harness.settings.ocrEnabled = true;
+  std::atomic<int> waits = 0;
+  const auto stepIn = [&] {
+    harness.orchestrator().report(0.5, UUID::random());
+    ++waits;
+  };
+  auto& stages = harness.stages;
+  stages.extractFrames = [&](const auto&...) {
+    stepIn();
+    return Extraction{.frames = PipelineHarness::frames(1), .meta = {.gps = harness.gps}};
+  };
+  stages.detectFaces = [&](const auto&...) {
+    stepIn();
+    return std::vector<FaceBox>{};
+  };
+  stages.recognizeText = [&](const auto&...) {
+    stepIn();
+    return std::vector<std::string>{};
+  };
+  stages.geocode = [&](const auto&...) {
+    stepIn();
+    return GeocodingResponse{"Somewhere"};
+  };
+  stages.transcription->hasAudioTrack = [&](const auto&...) {
+    stepIn();
+    return true;
+  };
+  stages.transcription->extractAudio = [&](const auto&...) {
+    stepIn();
+    return fs::path("/tmp/audio.m4a");
+  };
+  heard = [&](const auto&...) {
+    stepIn();
+    return TranscriptionResponse{.text = "Hi.", .modelId = "answering-ears", .language = {}, .speakers = {}};
+  };
+  harness.answer = [&, answer = harness.answer](const VisionRequest& request, std::stop_token stop) {
+    stepIn();
+    return answer(request, std::move(stop));
+  };
+  run();
+  EXPECT_EQ(waits, 8);
 }
 
 TEST_F(TranscriptionStages, CleanUpWhenTheCallIsCancelled) {
