@@ -13,7 +13,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
+bool isHidden(const fs::path& path) {
+  return path.filename().native().starts_with('.');
+}
 
 /// True when `path`, with every link in it resolved, lies in `root`, which is resolved already.
 bool liesBelow(const fs::path& root, const fs::path& path) {
@@ -58,7 +60,8 @@ std::vector<fs::path> expandToVideos(const std::vector<fs::path>& urls) {
     const fs::path standard = fs::absolute(url, error).lexically_normal();
     const fs::file_status status = fs::status(standard, error);
     if (status.type() == fs::file_type::directory) {
-      for (const fs::path& clip : clipsBelow(standard)) add(clip);
+      for (const fs::path& clip : clipsBelow(standard))
+        add(clip);
     } else if (fs::exists(status) && VideoExtensions::isVideo(standard)) {
       add(standard);
     }

@@ -120,6 +120,11 @@ TEST(FFmpegBridge, APathThatIsGivenIsTakenAsItStands) {
   EXPECT_EQ(bridge.processTimeout, 300);
 }
 
+TEST(FFmpegBridge, AToolHasFiveMinutesAndThreeSecondsToEndInGoodOrder) {
+  EXPECT_EQ(FFmpegBridge("/a", "/b").processTimeout, 300);
+  EXPECT_EQ(FFmpegBridge::standardGrace, 3);
+}
+
 TEST(FFmpegBridge, AnAbsentPathIsLookedFor) {
   const TemporaryFolder folder;
   const fs::path ffmpeg = writeTool(folder, "ffmpeg", ""), ffprobe = writeTool(folder, "ffprobe", "");

@@ -1,8 +1,7 @@
-#include "TQFrames/VideoExpansion.hpp"
-
 #include <gtest/gtest.h>
 
 #include "Support/TemporaryFolder.hpp"
+#include "TQFrames/VideoExpansion.hpp"
 
 namespace tq {
 namespace {
