@@ -4,6 +4,7 @@
 #include <string>
 
 #include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/WebURL.hpp"
 #include "TQVision/ProviderProfile.hpp"
 
 namespace tq::describe {
@@ -34,6 +35,13 @@ std::int64_t readJobs(const std::string& value) {
   return *jobs;
 }
 
+/// The engine would take the provider's standard server instead, and that is not what was asked for.
+std::string readURL(const std::string& value) {
+  const auto url = WebURL::parse(value);
+  if (!url || url->host().empty()) throw UsageError("--base-url takes an address such as http://localhost:8000/v1.");
+  return value;
+}
+
 struct ValueOption {
   std::string_view name;
   void (*apply)(Options& options, const std::string& value);
@@ -45,7 +53,7 @@ constexpr std::array valueOptions{
                   options.provider = rawValue(readChoice<ProviderProfile>("--provider", value));
                 }},
     ValueOption{"--model", [](Options& options, const std::string& value) { options.model = value; }},
-    ValueOption{"--base-url", [](Options& options, const std::string& value) { options.baseURL = value; }},
+    ValueOption{"--base-url", [](Options& options, const std::string& value) { options.baseURL = readURL(value); }},
     ValueOption{"--settings", [](Options& options, const std::string& value) { options.settingsFile = value; }},
     ValueOption{"--output-dir", [](Options& options, const std::string& value) { options.outputDirectory = value; }},
     ValueOption{"--format",
@@ -112,21 +120,31 @@ AppSettings applyOptions(AppSettings settings, const Options& options) {
 std::string_view usageText() {
   return R"(Usage: tarquel-describe [OPTION...] CLIP|FOLDER...
 
-Describes video files with a vision model and writes <stem>.description.md, .json and .jpg beside each clip.
-Folders are searched for mov, mp4, m4v, mkv, webm, avi and mxf files. Options win over the settings.
+Describes video files with a vision model and writes <name>.description.md,
+.json and .jpg beside each clip. Folders are searched for mov, mp4, m4v, mkv,
+webm, avi and mxf files. Options win over the settings of the application.
 
-  --provider NAME        anthropic, openai (any server of that shape) or mock (no network, for trying things out)
+  --provider NAME        anthropic, openai (any server of that kind) or mock
+                         (no model and no network, for trying things out)
   --model NAME           the model to ask
   --base-url URL         the server of the provider
-  --output-dir FOLDER    one folder for all outputs instead of beside each clip
+  --output-dir FOLDER    one folder for all outputs
   --format FORMAT        markdown, json or both
-  --on-conflict POLICY   what to do where an output exists: skip-existing, overwrite or suffix
+  --on-conflict POLICY   what to do where an output exists: skip-existing,
+                         overwrite or suffix (writes a numbered one beside it)
   --jobs N               how many clips are worked on at once
-  --settings FILE        settings.json to start from, instead of the one of the desktop application
+  --settings FILE        a settings.json to use instead of the application's
   --help, --version
+  --                     everything after it is a clip or a folder
 
-API keys are read from secrets.json in the application's private folder. Ctrl-C cancels; a second one leaves at once.
-The exit status is 0 only if every clip was described, 1 if one was not, 2 if the command line is wrong, 130 if cancelled.
+API keys are read from secrets.json in the application's private folder,
+$XDG_DATA_HOME/tarquel (usually ~/.local/share/tarquel):
+  {"anthropic.api_key": "...", "openai.api_key": "..."}
+
+Ctrl-C cancels; a second one leaves at once.
+
+Exit status: 0 every clip was described, 1 at least one was not, 2 the command
+line is wrong, 130 cancelled.
 )";
 }
 

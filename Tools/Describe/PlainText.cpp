@@ -19,8 +19,15 @@ std::string hexEscape(unsigned char value) {
 constexpr std::array<std::string_view, 9> directionMarks{"\u202a", "\u202b", "\u202c", "\u202d", "\u202e",
                                                          "\u2066", "\u2067", "\u2068", "\u2069"};
 
+/// At most so many columns. Many terminals draw the parts of a joined character side by side, so all of them count.
 std::size_t columnsOf(std::string_view character) {
-  return static_cast<unsigned char>(character[0]) < 0x80 ? 1 : 2;
+  std::size_t columns = 0;
+  for (const char byte : character) {
+    const auto value = static_cast<unsigned char>(byte);
+    const bool continues = (value & 0xc0) == 0x80;
+    if (!continues) columns += value < 0x80 ? 1 : 2;
+  }
+  return columns;
 }
 
 }  // namespace

@@ -10,8 +10,8 @@ namespace tq::describe {
 /// servers are not to be trusted.
 std::string printable(std::string_view text);
 
-/// As much of printable `text` as fits into that many columns, with "…" where something was cut. A character beyond
-/// ASCII counts as two columns, since some are that wide.
+/// As much of printable `text` as fits into that many columns, with "…" where something was cut. A code point
+/// beyond ASCII counts as two columns, since some are that wide.
 std::string fitted(std::string_view text, std::size_t columns);
 
 /// "about 40 s", "about 3 min", "about 2 h 10 min".

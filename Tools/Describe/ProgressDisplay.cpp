@@ -10,7 +10,8 @@ namespace tq::describe {
 namespace {
 
 constexpr int barWidth = 20;
-constexpr double shownFrom = 0.02;  // of the whole run, before a guess at the time left means anything
+constexpr double shownFrom = 0.02;     // of the whole run, before a guess at the time left means anything
+constexpr std::size_t mostLines = 16;  // of running clips: lines that scrolled away could not be drawn again
 
 std::string bar(double progress) {
   const int filled = static_cast<int>(std::lround(std::clamp(progress, 0.0, 1.0) * barWidth));
@@ -43,14 +44,16 @@ ProgressDisplay::ProgressDisplay(std::ostream& out, std::optional<int> columns, 
     : out_(out), columns_(columns), clock_(clock), clipCount_(clipCount), start_(clock.steadyNow()) {}
 
 void ProgressDisplay::show(const Job& job, const std::vector<std::filesystem::path>& outputs) {
-  const auto known =
-      std::find_if(running_.begin(), running_.end(), [&](const Job& other) { return other.id == job.id; });
+  const auto known = std::ranges::find(running_, job.id, &Job::id);
+  const bool started = known != running_.end();
   erase();
   if (isTerminal(job.status)) {
-    if (known != running_.end()) running_.erase(known);
     ++ended_[job.status];
-    showEnd(job, outputs);
-  } else if (known != running_.end()) {
+    if (started) {
+      running_.erase(known);
+      showEnd(job, outputs);
+    }
+  } else if (started) {
     *known = job;
   } else {
     running_.push_back(job);
@@ -100,11 +103,15 @@ void ProgressDisplay::erase() {
 
 void ProgressDisplay::draw() {
   if (columns_) {
-    const auto width = static_cast<std::size_t>(std::max(*columns_, 20)) - 1;
-    for (const Job& job : running_)
-      out_ << fitted(runningLine(job), width) << "\n";
-    out_ << fitted(totalLine(), width) << "\n";
-    drawnLines_ = running_.size() + 1;
+    const auto width = static_cast<std::size_t>(std::max(*columns_, 2)) - 1;
+    std::vector<std::string> lines;
+    for (std::size_t index = 0; index < std::min(running_.size(), mostLines); ++index)
+      lines.push_back(runningLine(running_[index]));
+    if (running_.size() > mostLines) lines.push_back("and " + std::to_string(running_.size() - mostLines) + " more");
+    lines.push_back(totalLine());
+    for (const std::string& line : lines)
+      out_ << fitted(line, width) << "\n";
+    drawnLines_ = lines.size();
   }
   out_ << std::flush;
 }

@@ -21,7 +21,8 @@ class ProgressDisplay {
   /// `columns` is absent where `out` is no terminal. `out` and `clock` outlive the display.
   ProgressDisplay(std::ostream& out, std::optional<int> columns, const Clock& clock, std::size_t clipCount);
 
-  /// A job has changed; `outputs` are the files that were written for it, known when it is done.
+  /// A job has changed; `outputs` are the files that were written for it, known when it is done. A job that ends
+  /// without having started shows in the counts alone: a cancelled run of thousands of clips stays readable.
   void show(const Job& job, const std::vector<std::filesystem::path>& outputs);
 
   /// A lasting line.
@@ -34,11 +35,6 @@ class ProgressDisplay {
   void finish();
 
  private:
-  struct Running {
-    Job job;
-    std::size_t started;
-  };
-
   void showEnd(const Job& job, const std::vector<std::filesystem::path>& outputs);
   void erase();
   void draw();

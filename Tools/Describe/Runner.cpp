@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <set>
 #include <utility>
 
 #include "TQPipeline/JobOrchestrator.hpp"
-#include "Tools/Describe/ProgressDisplay.hpp"
 
 namespace tq::describe {
 
@@ -68,6 +66,12 @@ std::vector<std::filesystem::path> Runner::outputsOf(const std::filesystem::path
 
 ExitStatus Runner::describe(const std::vector<std::filesystem::path>& clips) {
   ProgressDisplay display(out_, terminalColumns_, *stages_.clock, clips.size());
+  const ExitStatus status = run(clips, display);
+  display.finish();
+  return status;
+}
+
+ExitStatus Runner::run(const std::vector<std::filesystem::path>& clips, ProgressDisplay& display) {
   JobOrchestrator orchestrator(settings_, secrets_, stages_, [this](const Job& job) { mailbox_.send(job); });
   const std::vector<Job> jobs = jobsFor(clips, stages_.clock->now());
   orchestrator.add(jobs);
@@ -90,7 +94,6 @@ ExitStatus Runner::describe(const std::vector<std::filesystem::path>& clips) {
       std::for_each(jobs.rbegin(), jobs.rend(), [&](const Job& waiting) { orchestrator.cancel(waiting.id); });
     }
   }
-  display.finish();
   if (wasInterrupted) return interrupted;
   return failed ? notAllDone : allDone;
 }

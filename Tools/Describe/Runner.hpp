@@ -14,6 +14,7 @@
 #include "TQPersistence/Settings.hpp"
 #include "TQPipeline/JobStages.hpp"
 #include "Tools/Describe/Mailbox.hpp"
+#include "Tools/Describe/ProgressDisplay.hpp"
 
 namespace tq::describe {
 
@@ -26,7 +27,7 @@ class Runner {
   Runner(AppSettings settings, std::shared_ptr<const SecretsStore> secrets, JobStages stages, std::ostream& out,
          std::optional<int> terminalColumns);
 
-  /// Blocks until every clip has ended.
+  /// Blocks until every clip has ended. Not to be called twice.
   ExitStatus describe(const std::vector<std::filesystem::path>& clips);
 
   /// Cancels what has not ended, soon; from any thread.
@@ -37,6 +38,8 @@ class Runner {
   using Message = std::variant<Job, Interrupt>;
 
   void recordOutputs();
+  /// Returns when nothing works on any clip any more, which may be a while after the last one was cancelled.
+  ExitStatus run(const std::vector<std::filesystem::path>& clips, ProgressDisplay& display);
   std::vector<std::filesystem::path> outputsOf(const std::filesystem::path& clip);
 
   const AppSettings settings_;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "TQFrames/VideoExpansion.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPlatform/ChildProcess.hpp"
+#include "TQPlatform/Files.hpp"
 #include "TQPlatform/Interrupts.hpp"
 #include "TQPlatform/Terminal.hpp"
 #include "Tools/Describe/Options.hpp"
@@ -36,7 +38,11 @@ AppSettings readSettings(const Options& options, const AppSupportPaths& paths) {
   if (!options.settingsFile) return SettingsStore(paths).load();
   if (!fs::exists(*options.settingsFile)) throw TQError::fileNotFound(*options.settingsFile);
   const Bytes content = SafeFile::readBounded(*options.settingsFile, SafeFile::maxMetadataBytes);
-  return decode<AppSettings>(parseJSON(textOf(content)));
+  try {
+    return decode<AppSettings>(parseJSON(textOf(content)));
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(options.settingsFile->filename().string() + ": " + error.what());
+  }
 }
 
 /// Says which of the named inputs are no clips and no folders; true when all are.
@@ -47,9 +53,7 @@ bool checkInputs(const std::vector<fs::path>& inputs) {
     const fs::file_status status = fs::status(input, error);
     if (fs::is_directory(status) || (fs::exists(status) && VideoExtensions::isVideo(input))) continue;
     allUsable = false;
-    std::string extension = input.extension().string();
-    complain(fs::exists(status) ? TQError::unsupportedFormat(extension.empty() ? "" : extension.substr(1)).description()
-                                : TQError::fileNotFound(input).description());
+    complain(fs::exists(status) ? "Not a video file: " + input.string() : TQError::fileNotFound(input).description());
   }
   return allUsable;
 }
@@ -60,9 +64,11 @@ ExitStatus describeInputs(const Options& options) {
   const bool allUsable = checkInputs(options.inputs);
   const std::vector<fs::path> clips = expandToVideos(options.inputs);
   if (clips.empty()) {
-    complain("there is no video file to describe.");
+    complain("There is no video file to describe.");
     return notAllDone;
   }
+  // Learned now, and not after a model was asked about the first clip.
+  if (settings.output.sidecarDirectory) createFolders(*settings.output.sidecarDirectory);
   const auto secrets = std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>());
 
   Runner runner(settings, secrets, standardJobStages(), std::cout, terminalColumns());
@@ -81,6 +87,7 @@ ExitStatus describeInputs(const Options& options) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+  std::ios::sync_with_stdio(false);  // what is drawn over reaches the terminal in one piece
   try {
     const Options options = parseOptions({arguments + 1, arguments + argumentCount});
     if (options.help) {
