@@ -1,0 +1,106 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "EndToEnd/User.hpp"
+
+namespace tq::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
+
+/// A user with a clip that takes as long as the test wants: a named pipe, from which the tool that looks at it first
+/// reads until the test closes it.
+class Interrupt : public testing::Test {
+ protected:
+  Interrupt() { EXPECT_EQ(::mkfifo((user.clips() / "slow.mkv").c_str(), 0600), 0); }
+
+  /// The program at work on the slow clip, with those that come before and after it.
+  RunningProgram& start(const Arguments& after = {}, const Arguments& before = {}) {
+    Arguments arguments{"--provider", "mock", "--jobs", "1"};
+    arguments.insert(arguments.end(), before.begin(), before.end());
+    arguments.push_back("slow.mkv");
+    arguments.insert(arguments.end(), after.begin(), after.end());
+    program_ = std::make_unique<RunningProgram>(arguments, user.surroundings);
+    // Blocks until the tool has opened the other end, and then it is certain to be at work.
+    pipe_ = Descriptor(::open((user.clips() / "slow.mkv").c_str(), O_WRONLY | O_CLOEXEC));
+    EXPECT_TRUE(pipe_);
+    return *program_;
+  }
+
+  void letTheToolEnd() { pipe_.reset(); }
+
+  User user;
+
+ private:
+  Descriptor pipe_;
+  std::unique_ptr<RunningProgram> program_;
+};
+
+TEST_F(Interrupt, TheFirstOneCancelsAndWaitsForTheTool) {
+  user.addClip("next.mp4");
+  RunningProgram& program = start({"next.mp4"});
+  program.signal(SIGINT);
+  program.waitForOutput("cancelled  slow.mkv\n");
+  EXPECT_THAT(program.children(), SizeIs(1)) << "it is still waited for";
+  letTheToolEnd();
+  const Outcome outcome = program.finish();
+  EXPECT_EQ(outcome.status, 130);
+  EXPECT_EQ(outcome.output,
+            "started    slow.mkv\n"
+            "Cancelling. Ctrl-C again leaves at once.\n"
+            "cancelled  slow.mkv\n"
+            "0 of 2 clips described, 2 cancelled\n");
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_THAT(namesIn(user.clips()), ElementsAre("next.mp4", "slow.mkv"));
+}
+
+TEST_F(Interrupt, TheSecondOneLeavesAtOnceAndTakesTheToolAlong) {
+  // An orphan becomes a child of this process, which can then tell for certain how it ended.
+  ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+  RunningProgram& program = start();
+  const std::vector<pid_t> tools = program.children();
+  ASSERT_THAT(tools, SizeIs(1));
+  program.signal(SIGINT);
+  program.waitForOutput("cancelled  slow.mkv\n");
+  program.signal(SIGINT);
+  EXPECT_EQ(program.finish().status, 130);
+  int status = 0;
+  EXPECT_EQ(::waitpid(tools[0], &status, 0), tools[0]);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
+}
+
+TEST_F(Interrupt, SIGTERMAndAClosedTerminalCancelToo) {
+  for (const int number : {SIGTERM, SIGHUP}) {
+    RunningProgram& program = start();
+    program.signal(number);
+    program.waitForOutput("cancelled  slow.mkv\n");
+    letTheToolEnd();
+    EXPECT_EQ(program.finish().status, 130);
+  }
+}
+
+TEST_F(Interrupt, WhatWasDoneBeforeStays) {
+  user.addClip("a.mp4");
+  RunningProgram& program = start({}, {"a.mp4"});
+  program.signal(SIGINT);
+  program.waitForOutput("cancelled  slow.mkv\n");
+  letTheToolEnd();
+  const Outcome outcome = program.finish();
+  EXPECT_EQ(outcome.status, 130);
+  EXPECT_THAT(outcome.output, HasSubstr(doneLines(user.clips() / "a.mp4")));
+  EXPECT_THAT(outcome.output, HasSubstr("1 of 2 clips described, 1 cancelled\n"));
+  EXPECT_EQ(readDescription(user.clips() / "a.description.json").source.filename, "a.mp4");
+}
+
+}  // namespace
+}  // namespace tq::test
