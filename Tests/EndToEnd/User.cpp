@@ -6,6 +6,7 @@
 #include <fstream>
 #include <signal.h>
 #include <stdexcept>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -28,6 +29,18 @@ std::pair<Descriptor, Descriptor> makePipe() {
   std::array<int, 2> ends{};
   check(::pipe2(ends.data(), O_CLOEXEC) == 0, "pipe");
   return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+/// The two ends of a terminal: what a user sees, and what the program writes to.
+std::pair<Descriptor, Descriptor> makeTerminal(unsigned short columns) {
+  Descriptor screen(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  check(screen && ::grantpt(screen.get()) == 0 && ::unlockpt(screen.get()) == 0, "terminal");
+  std::array<char, 64> name{};
+  check(::ptsname_r(screen.get(), name.data(), name.size()) == 0, "terminal");
+  Descriptor program(::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+  check(program && ::ioctl(program.get(), TIOCSWINSZ, &size) == 0, "terminal");
+  return {std::move(screen), std::move(program)};
 }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
@@ -72,7 +85,8 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
 }  // namespace
 
 RunningProgram::RunningProgram(const Arguments& arguments, const Surroundings& surroundings) {
-  auto [outputRead, outputWrite] = makePipe();
+  auto [outputRead, outputWrite] =
+      surroundings.terminalColumns ? makeTerminal(*surroundings.terminalColumns) : makePipe();
   auto [errorRead, errorWrite] = makePipe();
   std::vector<std::string> words{TQ_DESCRIBE_PROGRAM};
   words.insert(words.end(), arguments.begin(), arguments.end());

@@ -32,7 +32,8 @@ struct Outcome {
 struct Surroundings {
   std::filesystem::path folder;  ///< the current one
   std::map<std::string, std::string> environment;
-  std::optional<rlim_t> largestFile;  ///< bytes; a longer file cannot be written, as on a full disk
+  std::optional<rlim_t> largestFile;              ///< bytes; a longer file cannot be written, as on a full disk
+  std::optional<unsigned short> terminalColumns;  ///< the output goes to a terminal that wide
 };
 
 /// The built program at work. Its own process; killed if the test ends before it does.
