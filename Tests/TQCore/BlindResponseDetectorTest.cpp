@@ -125,6 +125,16 @@ TEST(LooksBlind, JoinsTheProseWithOneBlank) {
   EXPECT_TRUE(looksBlind(result));
 }
 
+TEST(LooksBlind, JoinsAnAbsentTextAsAnEmptyOne) {
+  DescriptionResult result = emptyAnswer();
+  result.global.themes = Texts{"joy"};
+  result.summary = "There were no frames";
+  result.reviewReason = "provided today.";
+  EXPECT_FALSE(looksBlind(result)) << "two blanks stand between them";
+  result.global.overallSummaryOneLine = "no frames";
+  EXPECT_TRUE(looksBlind(result));
+}
+
 TEST(LooksBlind, DoesNotTakeNotAvailableForABlindPhrase) {
   DescriptionResult result = emptyAnswer();
   result.global.themes = Texts{"joy"};

@@ -11,7 +11,7 @@ namespace {
 
 using test::TemporaryFolder;
 
-// FIPS 180-4's own examples.
+// No bytes at all, and the examples of FIPS 180-2.
 constexpr const char* hashOfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
 constexpr const char* hashOfABC = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
 constexpr const char* hashOfAMillionAs = "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0";

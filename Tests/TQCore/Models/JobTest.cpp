@@ -36,6 +36,9 @@ TEST(JobStatus, HasItsRawValues) {
   EXPECT_EQ(rawValue(JobStatus::extracting), "extracting");
   EXPECT_EQ(rawValue(JobStatus::calling), "calling");
   EXPECT_EQ(rawValue(JobStatus::writing), "writing");
+  EXPECT_EQ(rawValue(JobStatus::done), "done");
+  EXPECT_EQ(rawValue(JobStatus::failed), "failed");
+  EXPECT_EQ(rawValue(JobStatus::cancelled), "cancelled");
   EXPECT_EQ(fromRawValue<JobStatus>("cancelled"), JobStatus::cancelled);
   EXPECT_FALSE(fromRawValue<JobStatus>("Queued"));
 }
@@ -157,10 +160,16 @@ TEST(OutputConfig, RefusesUnknownWordsAndMissingKeys) {
   EXPECT_THROW(decode<OutputConfig>(parseJSON(R"({"conflictPolicy": "suffix"})")), DecodingError);
 }
 
-TEST(OutputEnumerations, ListTheirCasesInOrder) {
+TEST(ConfigurationEnumerations, ListTheirCasesInOrder) {
+  EXPECT_EQ(rawValues<SamplingStrategy>,
+            (std::array<std::string_view, 3>{"fixed-interval", "even-distribution", "adaptive"}));
   EXPECT_EQ(rawValues<OutputFormat>, (std::array<std::string_view, 3>{"markdown", "json", "both"}));
   EXPECT_EQ(rawValues<ConflictPolicy>, (std::array<std::string_view, 3>{"skip-existing", "overwrite", "suffix"}));
-  EXPECT_EQ(allCases<ConflictPolicy>().back(), ConflictPolicy::suffix);
+  EXPECT_EQ(allCases<SamplingStrategy>(), (std::array{SamplingStrategy::fixedInterval,
+                                                      SamplingStrategy::evenDistribution, SamplingStrategy::adaptive}));
+  EXPECT_EQ(allCases<OutputFormat>(), (std::array{OutputFormat::markdown, OutputFormat::json, OutputFormat::both}));
+  EXPECT_EQ(allCases<ConflictPolicy>(),
+            (std::array{ConflictPolicy::skipExisting, ConflictPolicy::overwrite, ConflictPolicy::suffix}));
 }
 
 TEST(PromptProfile, HasDisplayNames) {
