@@ -1,14 +1,15 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace tq {
 
 /// The raw strings of an enumeration's cases, in case order. Each enumeration that reaches a file specialises it:
-///   template <> inline constexpr std::array rawValues<Colour>{std::string_view("red"), std::string_view("deep-blue")};
+///   template <>
+///   inline constexpr auto rawValues<Colour> = std::to_array<std::string_view>({"red", "deep-blue"});
 template <class Enum>
 inline constexpr std::array<std::string_view, 0> rawValues{};
 

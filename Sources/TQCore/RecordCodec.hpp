@@ -53,7 +53,7 @@ constexpr Field<Record, Value> fieldWithDefault(const char* key, Value Record::*
   return {key, member, true};
 }
 
-/// Presence, for a field that is required: the value must be there.
+/// How a field stands in its record. This one must be there, or has a default.
 template <class Value>
 struct Presence {
   static void read(const JSONValue* json, Value& value, bool hasDefault) {
@@ -67,7 +67,7 @@ struct Presence {
   }
 };
 
-/// Presence, for a field that may be absent.
+/// This one may be absent.
 template <class Value>
 struct Presence<std::optional<Value>> {
   static void read(const JSONValue* json, std::optional<Value>& value, bool) {

@@ -66,10 +66,9 @@ struct Describe {
 
   std::string operator()(const TQError::ModelAppearsBlind& error) const {
     return error.model +
-           " returned no visual analysis — every field came back \"unclear\". This usually means the model is "
-           "text-only "
-           "and never saw the frames. Switch to a vision-capable model in Preferences (e.g. MiniMax-M3, not M2; "
-           "Qwen2.5-VL, not Qwen2.5).";
+           " returned no visual analysis — every field came back \"unclear\". This usually means the "
+           "model is text-only and never saw the frames. Switch to a vision-capable model in Preferences (e.g. "
+           "MiniMax-M3, not M2; Qwen2.5-VL, not Qwen2.5).";
   }
 };
 
