@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 #include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
@@ -254,6 +256,13 @@ TEST_F(DescriptionWriterTest, AnErrorOfTheJSONEncoderPassesUnchanged) {
   const OutputConfig jsonOnly = config(ConflictPolicy::overwrite, OutputFormat::json);
   EXPECT_THROW(DescriptionWriter().write(result, clip_, jsonOnly), JSONError);
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
+}
+
+TEST_F(DescriptionWriterTest, AnErrorOfTheJSONEncoderLeavesTheNewMarkdown) {
+  DescriptionResult result = description();
+  result.source.frameRate = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_THROW(DescriptionWriter().write(result, clip_, config(ConflictPolicy::overwrite)), JSONError);
+  EXPECT_THAT(namesIn(folder_.path()), ElementsAre("clip.description.md"));
 }
 
 TEST_F(DescriptionWriterTest, WithFormatJSONTheMarkdownIsNotTouched) {
