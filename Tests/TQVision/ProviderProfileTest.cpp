@@ -14,6 +14,11 @@ TEST(ProviderProfile, ReadsItsProviderIds) {
   EXPECT_EQ(providerProfile("mock"), ProviderProfile::mock);
 }
 
+TEST(ProviderProfile, ListsItsCasesInOrder) {
+  EXPECT_EQ(allCases<ProviderProfile>(),
+            (std::array{ProviderProfile::anthropic, ProviderProfile::openai, ProviderProfile::mock}));
+}
+
 TEST(ProviderProfile, AnUnknownIdReadsAsAnthropic) {
   for (const std::string_view id : {"", "OpenAI", "ollama"})
     EXPECT_EQ(providerProfile(id), ProviderProfile::anthropic);
@@ -43,6 +48,11 @@ TEST(ProviderProfile, OnlyTheMockHasNoKeyConsole) {
 TEST(VisionDefaults, TheAddressesAreSecureAndHaveTheirPaths) {
   EXPECT_EQ(AnthropicDefaults::defaultBaseURL().absoluteString(), "https://api.anthropic.com/v1");
   EXPECT_EQ(OpenAIDefaults::openAIBaseURL().absoluteString(), "https://api.openai.com");
+}
+
+TEST(VisionDefaults, ARequestMayTakeTenMinutes) {
+  EXPECT_EQ(AnthropicDefaults::defaultTimeoutSeconds, 600.0);
+  EXPECT_EQ(OpenAIDefaults::defaultTimeoutSeconds, 600.0);
 }
 
 }  // namespace
