@@ -158,6 +158,21 @@ TEST(OutputFolder, AFolderInPlaceOfASidecarFailsThatClipOnly) {
   EXPECT_TRUE(fs::is_directory(user.clips() / markdown));
 }
 
+TEST(ClipsOfOneName, AreToldApartOrWarnedOf) {
+  User user;
+  const fs::path first = user.addClip("a.mov"), second = user.addClip("a.mp4");
+  user.addClip("other/a.mp4");
+  const std::string warning = "tarquel-describe: " + second.string() + " and " + first.string() +
+                              " have outputs of the same names; --on-conflict suffix keeps both.\n";
+  const Outcome skipping = user.describe({"--jobs", "1", "."});
+  EXPECT_EQ(skipping.errors, warning);
+  EXPECT_THAT(skipping.output, HasSubstr("done       a.mp4: its outputs exist and were left alone\n"));
+  EXPECT_EQ(readDescription(user.clips() / json).source.filename, "a.mov");
+  EXPECT_EQ(user.describe({"--on-conflict", "suffix", "."}).errors, "");
+  EXPECT_THAT(user.describe({"--output-dir", "out", "."}).errors,
+              HasSubstr((user.clips() / "other/a.mp4").string() + " and " + first.string()));
+}
+
 TEST(Clips, AreNeverChanged) {
   User user;
   const fs::path clip = user.addClip("a.mp4");

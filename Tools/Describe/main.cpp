@@ -3,6 +3,7 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -12,6 +13,7 @@
 #include "TQCore/SafeFile.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQCore/VideoExtensions.hpp"
+#include "TQDescription/SidecarNames.hpp"
 #include "TQFrames/VideoExpansion.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPlatform/ChildProcess.hpp"
@@ -58,6 +60,20 @@ bool checkInputs(const std::vector<fs::path>& inputs) {
   return allUsable;
 }
 
+/// Clips such as a.mp4 and a.mkv have outputs of the same names: the later one finds those of the earlier, or replaces
+/// them. Whoever starts the run is told.
+void warnOfSharedOutputs(const std::vector<fs::path>& clips, const OutputConfig& output) {
+  if (output.conflictPolicy == ConflictPolicy::suffix) return;
+  std::map<fs::path, fs::path> owners;
+  for (const fs::path& clip : clips) {
+    const fs::path outputs = output.sidecarDirectory.value_or(clip.parent_path()) / stemOf(clip);
+    const auto [owner, isFirst] = owners.emplace(outputs, clip);
+    if (!isFirst)
+      complain(clip.string() + " and " + owner->second.string() +
+               " have outputs of the same names; --on-conflict suffix keeps both.");
+  }
+}
+
 ExitStatus describeInputs(const Options& options) {
   const AppSupportPaths paths = AppSupportPaths::ofUser();
   const AppSettings settings = applyOptions(readSettings(options, paths), options);
@@ -67,6 +83,7 @@ ExitStatus describeInputs(const Options& options) {
     complain("There is no video file to describe.");
     return notAllDone;
   }
+  warnOfSharedOutputs(clips, settings.output);
   // Learned now, and not after a model was asked about the first clip.
   if (settings.output.sidecarDirectory) createFolders(*settings.output.sidecarDirectory);
   const auto secrets = std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>());
