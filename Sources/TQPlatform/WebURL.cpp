@@ -129,8 +129,20 @@ std::optional<WebURL> WebURL::parse(std::string_view text) {
     if (!host) return std::nullopt;
     url.host_ = *host;
   }
-  url.absoluteString_ = std::string(text.substr(0, text.size() - rest.size())) + encoded(rest);
+  url.pathStart_ = text.size() - rest.size();
+  url.absoluteString_ = std::string(text.substr(0, url.pathStart_)) + encoded(rest);
   return url;
+}
+
+WebURL WebURL::appendingPath(std::string_view path) const {
+  const std::size_t pathEnd = std::min(absoluteString_.find_first_of("?#", pathStart_), absoluteString_.size());
+  std::string beforePath = absoluteString_.substr(0, pathEnd);
+  while (beforePath.size() > pathStart_ && beforePath.ends_with('/'))
+    beforePath.pop_back();
+
+  WebURL result = *this;
+  result.absoluteString_ = beforePath.append("/").append(path).append(absoluteString_, pathEnd);
+  return result;
 }
 
 }  // namespace tq

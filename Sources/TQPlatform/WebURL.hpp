@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,10 @@ class WebURL {
   /// The whole address.
   const std::string& absoluteString() const { return absoluteString_; }
 
+  /// This address with `path` behind the end of its own path and exactly one slash between them; query and fragment
+  /// stay last. `path` is relative and already encoded.
+  WebURL appendingPath(std::string_view path) const;
+
   bool operator==(const WebURL& other) const { return absoluteString_ == other.absoluteString_; }
 
  private:
@@ -33,6 +38,7 @@ class WebURL {
   std::string scheme_;
   std::string host_;
   std::string absoluteString_;
+  std::size_t pathStart_ = 0;  // within absoluteString_
 };
 
 }  // namespace tq

@@ -72,5 +72,35 @@ TEST(WebURL, EqualityIsThatOfTheWholeAddress) {
   EXPECT_FALSE(*WebURL::parse("http://host/a") == *WebURL::parse("http://host/b"));
 }
 
+struct Appended {
+  std::string base;
+  std::string result;
+};
+
+class WebURLAppendingPath : public testing::TestWithParam<Appended> {};
+
+TEST_P(WebURLAppendingPath, PutsOneSlashBetween) {
+  EXPECT_EQ(WebURL::parse(GetParam().base)->appendingPath("a/b").absoluteString(), GetParam().result);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Addresses, WebURLAppendingPath,
+    testing::Values(Appended{"http://host", "http://host/a/b"}, Appended{"http://host/", "http://host/a/b"},
+                    Appended{"http://host:80/v1", "http://host:80/v1/a/b"},
+                    Appended{"http://host/v1/", "http://host/v1/a/b"},
+                    Appended{"http://host/v1//", "http://host/v1/a/b"},
+                    Appended{"http://host/v1?q=1/#f", "http://host/v1/a/b?q=1/#f"},
+                    Appended{"http://host?q", "http://host/a/b?q"}, Appended{"http://[::1]", "http://[::1]/a/b"},
+                    Appended{"http://user:p@host/", "http://user:p@host/a/b"}, Appended{"http://", "http:///a/b"},
+                    Appended{"api.example.com", "api.example.com/a/b"},
+                    Appended{"http://host/a b", "http://host/a%20b/a/b"}));
+
+TEST(WebURL, AppendingAPathKeepsSchemeAndHostAndCanBeRepeated) {
+  const WebURL url = WebURL::parse("https://host?q")->appendingPath("a").appendingPath("b");
+  EXPECT_EQ(url.absoluteString(), "https://host/a/b?q");
+  EXPECT_EQ(url.scheme(), "https");
+  EXPECT_EQ(url.host(), "host");
+}
+
 }  // namespace
 }  // namespace tq
