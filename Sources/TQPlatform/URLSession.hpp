@@ -18,7 +18,8 @@ namespace tq {
 class URLError final : public std::exception {
  public:
   enum class Code {
-    badURL,          ///< the address cannot be used: no scheme, no host, or a scheme other than http and https
+    badURL,          ///< the request cannot be sent: its address lacks a host or is neither http nor https, or its
+                     ///< method or a header holds characters that are not allowed there
     timedOut,        ///< the deadline passed
     cancelled,       ///< a stop was requested
     cannotFindHost,  ///< the name has no address
@@ -27,7 +28,7 @@ class URLError final : public std::exception {
     secureConnectionFailed,       ///< TLS could not be set up
     serverCertificateUntrusted,   ///< the server's certificate is not for this host, expired, or signed by nobody known
     badServerResponse,            ///< what came back is no HTTP
-    userAuthenticationRequired,   ///< a proxy asks for credentials that nobody gave
+    userAuthenticationRequired,   ///< never raised here: a status 401 or 407 is an answer
     userCancelledAuthentication,  ///< never raised here: nobody is asked for credentials
     unknown,
   };

@@ -1,0 +1,72 @@
+#include "TQPlatform/HTTPAddress.hpp"
+
+#include <curl/curl.h>
+#include <memory>
+
+#include "TQPlatform/URLSession.hpp"
+#include "TQPlatform/Unicode.hpp"
+
+namespace tq {
+namespace {
+
+/// libcurl's own reading of a URL, so that what is compared here is what gets connected to.
+class ParsedURL {
+ public:
+  explicit ParsedURL(const std::string& text) : url_(curl_url(), &curl_url_cleanup) {
+    if (!url_) throw std::bad_alloc();
+    set(CURLUPART_URL, text);
+    set(CURLUPART_FRAGMENT, "");
+  }
+
+  /// Percent-encoded as written; empty when there is none.
+  std::string get(CURLUPart part) const {
+    char* value = nullptr;
+    const bool found = curl_url_get(url_.get(), part, &value, CURLU_DEFAULT_PORT) == CURLUE_OK;
+    const std::unique_ptr<char, decltype(&curl_free)> owner(value, &curl_free);
+    return found ? value : "";
+  }
+
+  /// An empty value removes the part.
+  void set(CURLUPart part, const std::string& value) {
+    if (curl_url_set(url_.get(), part, value.empty() ? nullptr : value.c_str(), 0) != CURLUE_OK)
+      throw URLError(URLError::Code::badURL, "The address is malformed.");
+  }
+
+ private:
+  std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url_;
+};
+
+std::string withoutBrackets(const std::string& host) {
+  return host.starts_with('[') ? host.substr(1, host.size() - 2) : host;
+}
+
+}  // namespace
+
+HTTPAddress::HTTPAddress(const std::string& text, const HTTPAddress* source) {
+  ParsedURL parsed(text);
+  if (source) {
+    parsed.set(CURLUPART_USER, source->user_);
+    parsed.set(CURLUPART_PASSWORD, source->password_);
+  }
+  url_ = parsed.get(CURLUPART_URL);
+  scheme_ = parsed.get(CURLUPART_SCHEME);
+  host_ = withoutBrackets(parsed.get(CURLUPART_HOST));
+  port_ = parsed.get(CURLUPART_PORT);
+  user_ = parsed.get(CURLUPART_USER);
+  password_ = parsed.get(CURLUPART_PASSWORD);
+  if ((scheme_ != "http" && scheme_ != "https") || host_.empty())
+    throw URLError(URLError::Code::badURL, "The address has to begin with http:// or https:// and to name a host.");
+}
+
+std::optional<HTTPAddress> HTTPAddress::redirected(const std::string& target) const {
+  try {
+    HTTPAddress address(target, this);
+    const bool sameServer =
+        address.scheme_ == scheme_ && lowercased(address.host_) == lowercased(host_) && address.port_ == port_;
+    return sameServer ? std::optional(std::move(address)) : std::nullopt;
+  } catch (const URLError&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace tq
