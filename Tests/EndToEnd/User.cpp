@@ -11,7 +11,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Support/ClipMaker.hpp"
 #include "TQDescription/SidecarNames.hpp"
 #include "TQPlatform/JSON.hpp"
 

@@ -12,13 +12,12 @@
 #include <thread>
 #include <vector>
 
+#include "Support/ClipMaker.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/Models/DescriptionResult.hpp"
 #include "TQPlatform/Descriptor.hpp"
 
 namespace tq::test {
-
-using Arguments = std::vector<std::string>;
 
 /// How the program ended and what it said.
 struct Outcome {
@@ -97,7 +96,7 @@ std::filesystem::path smallClip(std::string_view extension = "mp4");
 /// The description in a JSON sidecar.
 DescriptionResult readDescription(const std::filesystem::path& sidecar);
 
-/// The text is there: `"done       clip.mp4"` with what was written below it, for outputs beside the clip.
+/// What the program says of a clip that is done, with all three outputs new and beside it.
 std::string doneLines(const std::filesystem::path& clip);
 
 }  // namespace tq::test
