@@ -5,6 +5,8 @@
 
 #include "TQCore/TQError.hpp"
 #include "TQPlatform/Unicode.hpp"
+#include "TQVision/AnthropicProvider.hpp"
+#include "TQVision/OpenAIProvider.hpp"
 #include "TQVision/ProviderProfile.hpp"
 
 namespace tq {
@@ -36,6 +38,18 @@ std::unique_ptr<VisionProvider> makeProvider(ProviderProfile profile, const Visi
 }
 
 }  // namespace
+
+HTTPProviderMakers httpProviderMakers(std::shared_ptr<URLSession> session, std::shared_ptr<const Clock> clock) {
+  return {.anthropic =
+              [session, clock](HTTPProviderConfig config) {
+                return std::make_unique<AnthropicProvider>(std::move(config), session, clock);
+              },
+          .openAI =
+              [session, clock](HTTPProviderConfig config) {
+                constexpr bool useJSONResponseFormat = true;
+                return std::make_unique<OpenAIProvider>(std::move(config), useJSONResponseFormat, session, clock);
+              }};
+}
 
 std::unique_ptr<VisionProvider> ProviderFactory::makeAnthropic(std::string apiKey, std::optional<std::string> modelId,
                                                                const WebURL& baseURL, double timeoutSeconds) const {

@@ -1,25 +1,17 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/URLSession.hpp"
 #include "TQPlatform/WebURL.hpp"
+#include "TQVision/HTTPVisionProvider.hpp"
 #include "TQVision/VisionProvider.hpp"
 
 namespace tq {
-
-/// What a provider that speaks HTTP is made from.
-struct HTTPProviderConfig {
-  std::string providerId;
-  std::string modelId;
-  std::string apiKey;  ///< empty for a server that asks for none
-  WebURL baseURL;
-  std::map<std::string, std::string> extraHeaders;  ///< added to every request
-  double timeoutSeconds = 0;                        ///< of one request
-};
 
 using VisionProviderMaker = std::function<std::unique_ptr<VisionProvider>(HTTPProviderConfig)>;
 
@@ -29,10 +21,15 @@ struct HTTPProviderMakers {
   VisionProviderMaker openAI;
 };
 
+/// The makers of the real providers. All share the session, and wait by the clock between attempts.
+HTTPProviderMakers httpProviderMakers(std::shared_ptr<URLSession> session, std::shared_ptr<const Clock> clock);
+
 /// The checks that stand between a configuration and a vision provider.
 class ProviderFactory {
  public:
   explicit ProviderFactory(HTTPProviderMakers makers = {}) : makers_(std::move(makers)) {}
+  ProviderFactory(std::shared_ptr<URLSession> session, std::shared_ptr<const Clock> clock)
+      : ProviderFactory(httpProviderMakers(std::move(session), std::move(clock))) {}
 
   /// A provider of the Messages shape; without `modelId` it uses the shape's default model. Throws
   /// `TQError::apiKeyMissing` when the key is empty and the host needs one, and `TQError::providerTransport` when there

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/FakeURLSession.hpp"
+#include "Support/ManualClock.hpp"
 #include "TQCore/DefaultModels.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQVision/MockProvider.hpp"
@@ -148,6 +150,68 @@ TEST(ProviderFactoryWithoutMakers, SaysThatItCannotReachServicesAndNamesTheMock)
 TEST(ProviderFactoryWithoutMakers, AsksForTheKeyFirst) {
   EXPECT_EQ(errorOf([] { ProviderFactory().makeOpenAI("", "m", url("https://api.example.com"), 60); }),
             TQError::apiKeyMissing("openai"));
+}
+
+/// The factory as the product has it, on a scripted session.
+class RealProviderFactory : public testing::Test {
+ protected:
+  /// The request that the provider sends.
+  URLRequest requestOf(const VisionProvider& provider, const std::string& answer) {
+    session_->answer(200, answer);
+    EXPECT_EQ(provider.describe({}, {}).rawText, "good");
+    return session_->calls().back().request;
+  }
+
+  std::shared_ptr<test::FakeURLSession> session_ = std::make_shared<test::FakeURLSession>();
+  std::shared_ptr<test::ManualClock> clock_ = std::make_shared<test::ManualClock>();
+  ProviderFactory factory_{session_, clock_};
+  std::string anthropicAnswer_ = R"({"content":[{"type":"text","text":"good"}]})";
+  std::string openAIAnswer_ = R"({"choices":[{"message":{"content":"good"}}]})";
+};
+
+TEST_F(RealProviderFactory, MakesAProviderOfTheMessagesShape) {
+  const auto provider = factory_.makeAnthropic("sk-key", "model", url("https://api.example.com/v1"), 90.5);
+  EXPECT_EQ(provider->providerId(), "anthropic");
+  EXPECT_EQ(provider->modelId(), "model");
+  const URLRequest request = requestOf(*provider, anthropicAnswer_);
+  EXPECT_EQ(request.url.absoluteString(), "https://api.example.com/v1/messages");
+  EXPECT_EQ(request.timeoutInterval, 90.5);
+  EXPECT_EQ(request.headers,
+            (std::vector<HTTPHeader>{
+                {"content-type", "application/json"}, {"x-api-key", "sk-key"}, {"anthropic-version", "2023-06-01"}}));
+}
+
+TEST_F(RealProviderFactory, MakesAProviderOfTheChatCompletionsShapeThatAsksForJSON) {
+  const auto provider = factory_.makeOpenAI("sk-key", "model", url("https://api.example.com"), 90.5);
+  EXPECT_EQ(provider->providerId(), "openai");
+  EXPECT_EQ(provider->modelId(), "model");
+  const URLRequest request = requestOf(*provider, openAIAnswer_);
+  EXPECT_EQ(request.url.absoluteString(), "https://api.example.com/v1/chat/completions");
+  EXPECT_EQ(request.timeoutInterval, 90.5);
+  EXPECT_EQ(request.headers,
+            (std::vector<HTTPHeader>{{"content-type", "application/json"}, {"authorization", "Bearer sk-key"}}));
+  EXPECT_THAT(*request.body, testing::HasSubstr(R"("response_format":{"type":"json_object"})"));
+}
+
+TEST_F(RealProviderFactory, ALocalServerWithoutAKeyGetsNoAuthentication) {
+  const auto anthropic = factory_.makeAnthropic("", std::nullopt, url("http://localhost:8080"), 60);
+  EXPECT_THAT(requestOf(*anthropic, anthropicAnswer_).headers,
+              testing::Not(testing::Contains(testing::Field(&HTTPHeader::name, "x-api-key"))));
+  const auto openAI = factory_.makeOpenAI("", std::nullopt, url("http://localhost:1234/v1"), 60);
+  EXPECT_THAT(requestOf(*openAI, openAIAnswer_).headers,
+              testing::Not(testing::Contains(testing::Field(&HTTPHeader::name, "authorization"))));
+}
+
+TEST_F(RealProviderFactory, AnotherHostWithoutAKeyIsNeverAsked) {
+  EXPECT_EQ(errorOf([&] { factory_.makeAnthropic("", "m", url("https://api.example.com"), 60); }),
+            TQError::apiKeyMissing("anthropic"));
+  EXPECT_TRUE(session_->calls().empty());
+}
+
+TEST_F(RealProviderFactory, ItsProvidersWaitByItsClock) {
+  session_->answer(503);
+  requestOf(*factory_.makeOpenAI("sk-key", "model", url("https://api.example.com"), 60), openAIAnswer_);
+  EXPECT_THAT(clock_->sleeps(), testing::ElementsAre(std::chrono::milliseconds(800)));
 }
 
 }  // namespace
