@@ -121,11 +121,11 @@ class CurlSessionRelease : public testing::TestWithParam<Phase> {
 
   /// A thread that sends the scene's request, and is in the phase when this returns.
   void call(Caller& caller, std::optional<std::chrono::nanoseconds> deadline) {
-    caller.thread = std::jthread([this, &caller, deadline](const std::stop_token& stop) {
-      const URLRequest request = scene_->request();
+    const URLRequest request = scene_->request();
+    caller.thread = std::jthread([&session = *session_, &caller, request, deadline](const std::stop_token& stop) {
       caller.start = steady_clock::now();
       try {
-        session_->data(request, deadline, stop);
+        session.data(request, deadline, stop);
       } catch (const URLError& error) {
         caller.error = error;
       }
