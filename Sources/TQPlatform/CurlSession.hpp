@@ -18,7 +18,8 @@ class CurlLoop;
 /// Servers are verified against the system's certificates. No proxy, cookie, configuration file or compression is used;
 /// the one source of credentials besides the headers is the user information of the URL, sent to that server as HTTP
 /// Basic unless the request has an `Authorization` header of its own. A redirect is followed only to the same scheme,
-/// host and port, and at most 10 times; else the redirect is itself the answer.
+/// host and port, and at most 10 times; else the redirect is itself the answer. A request on a kept connection that
+/// turns out to be closed, before a byte of answer came, is sent again on a new one.
 ///
 /// A method or header that would break the message's frame, say by a line break, is refused with `badURL` before
 /// anything is sent.

@@ -1,5 +1,6 @@
 #include "TQPlatform/HTTPAddress.hpp"
 
+#include <algorithm>
 #include <curl/curl.h>
 #include <memory>
 
@@ -8,6 +9,10 @@
 
 namespace tq {
 namespace {
+
+URLError malformed() {
+  return {URLError::Code::badURL, "The address is malformed."};
+}
 
 /// libcurl's own reading of a URL, so that what is compared here is what gets connected to.
 class ParsedURL {
@@ -28,13 +33,21 @@ class ParsedURL {
 
   /// An empty value removes the part.
   void set(CURLUPart part, const std::string& value) {
-    if (curl_url_set(url_.get(), part, value.empty() ? nullptr : value.c_str(), 0) != CURLUE_OK)
-      throw URLError(URLError::Code::badURL, "The address is malformed.");
+    if (curl_url_set(url_.get(), part, value.empty() ? nullptr : value.c_str(), 0) != CURLUE_OK) throw malformed();
   }
 
  private:
   std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url_;
 };
+
+/// libcurl would convert a name beyond ASCII by the process's locale, which says nothing about it.
+void makeHostASCII(ParsedURL& url) {
+  const std::string host = url.get(CURLUPART_HOST);
+  if (std::all_of(host.begin(), host.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) return;
+  const std::optional<std::string> ascii = asciiHostName(host);
+  if (!ascii) throw malformed();
+  url.set(CURLUPART_HOST, *ascii);
+}
 
 std::string withoutBrackets(const std::string& host) {
   return host.starts_with('[') ? host.substr(1, host.size() - 2) : host;
@@ -48,6 +61,7 @@ HTTPAddress::HTTPAddress(const std::string& text, const HTTPAddress* source) {
     parsed.set(CURLUPART_USER, source->user_);
     parsed.set(CURLUPART_PASSWORD, source->password_);
   }
+  makeHostASCII(parsed);
   url_ = parsed.get(CURLUPART_URL);
   scheme_ = parsed.get(CURLUPART_SCHEME);
   host_ = withoutBrackets(parsed.get(CURLUPART_HOST));

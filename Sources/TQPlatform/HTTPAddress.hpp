@@ -20,7 +20,7 @@ class HTTPAddress {
 
   const std::string& url() const { return url_; }
 
-  /// Without brackets around an IPv6 address.
+  /// As it is looked up, all ASCII; an IPv6 address without its brackets.
   const std::string& host() const { return host_; }
 
   /// Host and port for a sentence: "127.0.0.1 port 11434".

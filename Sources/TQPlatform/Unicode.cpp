@@ -1,12 +1,14 @@
 #include "TQPlatform/Unicode.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <unicode/ubrk.h>
 #include <unicode/ucasemap.h>
 #include <unicode/uchar.h>
+#include <unicode/uidna.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
@@ -155,6 +157,20 @@ std::string lowercased(std::string_view text) {
   }
   check(code);
   return lower;
+}
+
+std::optional<std::string> asciiHostName(std::string_view name) {
+  constexpr std::uint32_t options = UIDNA_NONTRANSITIONAL_TO_ASCII | UIDNA_CHECK_BIDI | UIDNA_CHECK_CONTEXTJ;
+  UErrorCode code = U_ZERO_ERROR;
+  const std::unique_ptr<UIDNA, decltype(&uidna_close)> rules(uidna_openUTS46(options, &code), &uidna_close);
+  check(code);
+  std::array<char, 256> ascii;  // a host name has at most 253 bytes (RFC 1035)
+  UIDNAInfo info = UIDNA_INFO_INITIALIZER;
+  const std::int32_t size = uidna_nameToASCII_UTF8(rules.get(), name.data(), signedSize(name), ascii.data(),
+                                                   static_cast<std::int32_t>(ascii.size()), &info, &code);
+  if (code == U_BUFFER_OVERFLOW_ERROR || info.errors != 0 || size == 0) return std::nullopt;
+  check(code);
+  return std::string(ascii.data(), static_cast<std::size_t>(size));
 }
 
 }  // namespace tq

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,5 +26,9 @@ std::string_view trimmed(std::string_view text);
 
 /// Full Unicode lower-casing, root locale.
 std::string lowercased(std::string_view text);
+
+/// An internationalised host name as it is looked up, by UTS #46: "xn--bcher-kva.example" for "bücher.example". Absent
+/// when it can be none.
+std::optional<std::string> asciiHostName(std::string_view name);
 
 }  // namespace tq

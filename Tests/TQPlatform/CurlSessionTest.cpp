@@ -220,6 +220,15 @@ TEST(CurlSession, TakesTheAddressOfANameFromItsOptions) {
   EXPECT_EQ(server.requests().at(0).header("Host"), "models.test:" + std::to_string(server.port()));
 }
 
+TEST(CurlSession, ReachesAHostWithLettersBeyondASCII) {
+  ScriptedServer server;
+  server.reply(ServerReply::answer(200, "named"));
+  const std::string port = std::to_string(server.port());
+  CurlSession session({.certificateAuthorities = {}, .addresses = {"xn--bcher-kva.test:" + port + ":127.0.0.1"}});
+  EXPECT_EQ(bodyOf(send(session, getRequest("http://bücher.test:" + port + "/"))), "named");
+  EXPECT_EQ(server.requests().at(0).header("Host"), "xn--bcher-kva.test:" + port);
+}
+
 // What cannot be sent.
 
 TEST_F(CurlSessionTest, RefusesAHeaderThatWouldBreakTheMessage) {
@@ -247,7 +256,7 @@ TEST_F(CurlSessionTest, RefusesAMethodThatWouldBreakTheMessage) {
 
 TEST_F(CurlSessionTest, RefusesAddressesThatAreNotOfTheWeb) {
   for (const char* url : {"ftp://127.0.0.1/", "file:///etc/passwd", "localhost:11434/api", "/v1/messages",
-                          "example.com", "http://", "http://127.0.0.1:99999/"})
+                          "example.com", "http://", "http://127.0.0.1:99999/", "http://ü..test/"})
     EXPECT_EQ(failureOf(session_, getRequest(url)).code(), Code::badURL) << url;
 }
 

@@ -104,5 +104,19 @@ TEST(Lowercased, LeavesMalformedBytes) {
   EXPECT_EQ(lowercased("A\xffÉ\xE2\x82"), "a\xffé\xE2\x82");
 }
 
+TEST(ASCIIHostName, IsTheNameThatIsLookedUp) {
+  EXPECT_EQ(asciiHostName("bücher.example"), "xn--bcher-kva.example");
+  EXPECT_EQ(asciiHostName("BÜCHER.Example"), "xn--bcher-kva.example");
+  EXPECT_EQ(asciiHostName("straße.example"), "xn--strae-oqa.example");
+  EXPECT_EQ(asciiHostName("例え.テスト"), "xn--r8jz45g.xn--zckzah");
+}
+
+TEST(ASCIIHostName, IsAbsentForWhatCanBeNoName) {
+  EXPECT_EQ(asciiHostName(""), std::nullopt);
+  EXPECT_EQ(asciiHostName("ü\xff.example"), std::nullopt);
+  EXPECT_EQ(asciiHostName("ü..example"), std::nullopt);
+  EXPECT_EQ(asciiHostName(std::string(300, 'a')), std::nullopt);
+}
+
 }  // namespace
 }  // namespace tq
