@@ -52,6 +52,13 @@ TEST_F(JobRun, GoesThroughItsStatusesWithTheirProgress) {
                                  std::pair(calling, 0.45), std::pair(writing, 0.85), std::pair(done, 1.0)));
 }
 
+TEST_F(JobRun, StartsFromZeroWhateverTheJobShowedBefore) {
+  Job job = harness.makeJob("clip.mov");
+  job.progress = 0.7;
+  harness.runToEnd(job, done);
+  EXPECT_EQ(harness.log.of(job.id).front().progress, 0.0);
+}
+
 TEST_F(JobRun, EachStepAddsItsPartToTheJob) {
   const Job job = harness.makeJob("clip.mov");
   harness.runToEnd(job, done);

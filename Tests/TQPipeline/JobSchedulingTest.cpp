@@ -3,6 +3,7 @@
 
 #include "Support/NoMoreThreads.hpp"
 #include "Support/PipelineHarness.hpp"
+#include "Support/WatchedThread.hpp"
 #include "TQCore/TQError.hpp"
 
 namespace tq {
@@ -313,7 +314,7 @@ TEST_F(JobScheduling, ACancelledRunShowsAtOnceAndKeepsItsSlotUntilItHasEnded) {
 
 TEST_F(JobScheduling, TheEndOfACancelledRunLeavesTheSlotOfItsRetryAlone) {
   harness.settings.maxConcurrentJobs = 2;
-  Gate unwinding, second, others;
+  Gate unwinding, second, secondStopped, others;
   std::atomic<int> runs = 0;
   harness.stages.extractFrames = [&](const std::filesystem::path& clip, const SamplingConfig&,
                                      const ExtractionProgress&, const std::stop_token& stop) {
@@ -326,7 +327,8 @@ TEST_F(JobScheduling, TheEndOfACancelledRunLeavesTheSlotOfItsRetryAlone) {
           throw;
         }
       }
-      second.pass();
+      const std::stop_callback note(stop, [&] { secondStopped.open(); });
+      second.pass(stop);
     } else {
       others.pass();
     }
@@ -348,10 +350,13 @@ TEST_F(JobScheduling, TheEndOfACancelledRunLeavesTheSlotOfItsRetryAlone) {
     orchestrator.report(0.3, jobs[0].id);
   // Both slots are still taken, by the retry and by the second clip: no third clip was started.
   EXPECT_EQ(others.arrivals(), 1);
-  second.open();
+  // Nor is the retry forgotten: a cancel still reaches it.
+  orchestrator.cancel(jobs[0].id);
+  secondStopped.pass();
   others.open();
-  for (const Job& job : jobs)
-    harness.log.waitFor(job.id, done);
+  for (std::size_t index = 1; index < jobs.size(); ++index)
+    harness.log.waitFor(jobs[index].id, done);
+  EXPECT_EQ(harness.log.of(jobs[0].id).back().status, cancelled);
 }
 
 TEST_F(JobScheduling, ACancelledRunThatFailsAfterItsRetryHasEndedLeavesTheRetryDone) {
@@ -444,6 +449,28 @@ TEST_F(JobScheduling, ADiscardedOrchestratorStopsItsRunsAndReportsNothingMore) {
   harness.discard();
   EXPECT_EQ(harness.log.all().size(), before);
   EXPECT_EQ(gate.arrivals(), 1);
+}
+
+TEST_F(JobScheduling, ARunThatOutlivesTheDiscardReportsNothingAndStartsNothing) {
+  harness.settings.maxConcurrentJobs = 1;
+  harness.stages.extractFrames = [&](const std::filesystem::path& clip, const SamplingConfig&,
+                                     const ExtractionProgress& progress, const std::stop_token&) {
+    EXPECT_EQ(clip.filename(), "1.mov");
+    gate.pass();
+    progress(0.5);
+    return Extraction{.frames = PipelineHarness::frames(1), .meta = {}};
+  };
+  auto& orchestrator = harness.start();
+  orchestrator.add(makeJobs(20));
+  gate.waitForArrivals(1);
+  harness.settings.maxConcurrentJobs = 20;
+  orchestrator.updateSettings(harness.settings);
+  test::WatchedThread discarder([&] { harness.discard(); });
+  discarder.waitUntilItWaits();
+  EXPECT_FALSE(discarder.hasEnded());
+  gate.open();
+  discarder.join();
+  EXPECT_THAT(harness.log.all(), testing::SizeIs(1)) << "the first clip's start";
 }
 
 TEST_F(JobScheduling, TwoHundredClipsStartInTheOrderOfAdding) {
