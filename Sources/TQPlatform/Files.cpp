@@ -106,7 +106,7 @@ std::optional<FileMode> modeToKeep(const fs::path& path) {
   if (S_ISLNK(status.st_mode)) return std::nullopt;
   if (S_ISDIR(status.st_mode)) throw SystemError(EISDIR, path);
   if (!S_ISREG(status.st_mode)) throw SystemError(EINVAL, path);
-  // The superuser passes every access check, but a file without any write bit is locked for him as well.
+  // The superuser passes every access check, but a file without any write bit is locked for that user as well.
   if ((status.st_mode & 0222) == 0) throw SystemError(EACCES, path);
   if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) throwErrno(path);
   return status.st_mode & 0777;

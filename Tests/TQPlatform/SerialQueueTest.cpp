@@ -20,6 +20,12 @@ TEST(SerialQueue, RunsItemsInTheOrderOfPosting) {
   EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
+TEST(SerialQueue, EveryPostWakesIt) {
+  SerialQueue queue;
+  for (int round = 0; round < 1000; ++round)
+    queue.flush();
+}
+
 TEST(SerialQueue, PostingDoesNotWaitForARunningItem) {
   SerialQueue queue;
   std::latch running(1), release(1);

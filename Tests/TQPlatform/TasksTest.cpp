@@ -1,8 +1,14 @@
+#include <algorithm>
 #include <atomic>
+#include <barrier>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <latch>
 #include <mutex>
+#include <set>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "Support/NoMoreThreads.hpp"
@@ -36,17 +42,16 @@ TEST(ForEachWindowed, RunsAsManyAtOnceAsItsWidth) {
 
 TEST(ForEachWindowed, NeverRunsMoreAtOnceThanItsWidth) {
   std::mutex mutex;
-  int inside = 0, most = 0;
-  forEachWindowed(50, 3, {}, [&](std::size_t, std::stop_token) {
+  std::set<std::thread::id> threads;
+  std::barrier threeInside(3);
+  forEachWindowed(300, 3, {}, [&](std::size_t, std::stop_token) {
     {
       std::lock_guard lock(mutex);
-      most = std::max(most, ++inside);
+      threads.insert(std::this_thread::get_id());
     }
-    std::this_thread::yield();
-    std::lock_guard lock(mutex);
-    --inside;
+    threeInside.arrive_and_wait();
   });
-  EXPECT_LE(most, 3);
+  EXPECT_EQ(threads.size(), 3u);
 }
 
 TEST(ForEachWindowed, FirstErrorWinsAndStopsTheOthers) {
@@ -116,21 +121,36 @@ TEST(TaskScope, WithoutMoreThreadsAStartFailsAndTheScopeStaysUsable) {
   }
 }
 
-TEST(TaskScope, WhatATaskStartsWhileItsScopeEndsIsAwaitedToo) {
+TEST(TaskScope, WhatATaskStartsWhileAllAreStoppedIsStoppedAndAwaitedToo) {
   std::atomic<bool> secondEnded = false;
-  {
-    TaskScope scope;
-    scope.start([&](std::stop_token stop) {
-      while (!stop.stop_requested())
+  TaskScope scope;
+  scope.start([&](std::stop_token stop) {
+    while (!stop.stop_requested())
+      std::this_thread::yield();
+    scope.start([&](std::stop_token secondStop) {
+      while (!secondStop.stop_requested())
         std::this_thread::yield();
-      scope.start([&](std::stop_token secondStop) {
-        while (!secondStop.stop_requested())
-          std::this_thread::yield();
-        secondEnded = true;
-      });
+      secondEnded = true;
     });
-  }
+  });
+  scope.stopAndWait();
   EXPECT_TRUE(secondEnded);
+}
+
+TEST(TaskScope, ThreadsOfEndedTasksAreGivenBack) {
+  // A thread that nobody has joined keeps its stack, which is a line of this table.
+  const auto mappings = [] {
+    std::ifstream table("/proc/self/maps");
+    return std::count(std::istreambuf_iterator<char>(table), {}, '\n');
+  };
+  TaskScope scope;
+  const auto before = mappings();
+  for (int round = 0; round < 300; ++round) {
+    std::latch ran(1);
+    scope.start([&](std::stop_token) { ran.count_down(); });
+    ran.wait();
+  }
+  EXPECT_LT(mappings() - before, 150);
 }
 
 TEST(TaskScope, DestructorStopsAndWaits) {
