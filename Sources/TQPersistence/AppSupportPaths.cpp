@@ -61,8 +61,7 @@ void AppSupportPaths::migrateLegacyDirectory(const fs::path& legacy, const fs::p
     moveChildren(legacy, current);
     // Only a folder is removed, and only an empty one: the system refuses any other.
     std::error_code ignored;
-    if (fs::is_directory(fs::symlink_status(legacy, ignored)) && childrenOf(legacy).empty())
-      fs::remove(legacy, ignored);
+    if (fs::is_directory(fs::symlink_status(legacy, ignored))) fs::remove(legacy, ignored);
   } catch (const std::exception&) {
     // Out of memory; the next access tries again.
   }

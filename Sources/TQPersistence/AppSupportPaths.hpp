@@ -23,7 +23,7 @@ class AppSupportPaths {
   static AppSupportPaths ofUser();
 
   /// The private folder. Each access creates it where it is missing, with mode 0700, and takes over what an older
-  /// version left in "Tarquel" beside it. Never fails: who cannot write there says so himself.
+  /// version left in "Tarquel" beside it. Never fails: a store that then cannot write there reports it.
   std::filesystem::path appSupportDirectory() const;
 
   // All of these go through `appSupportDirectory`.

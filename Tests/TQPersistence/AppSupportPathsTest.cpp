@@ -151,6 +151,11 @@ TEST_F(Migration, TwoNamesOfOneFolderAreLeftAlone) {
   EXPECT_EQ(contentOf(current / "settings.json"), "s");
 }
 
+TEST_F(Migration, TheLiveFolderIsNotRemovedUnderItsOtherNameEvenWhenItIsEmpty) {
+  AppSupportPaths::migrateLegacyDirectory(current / ".." / "tarquel", current);
+  EXPECT_EQ(namesIn(base.path()), Names{"tarquel"});
+}
+
 TEST_F(Migration, AChildThatCannotBeMovedStaysAndIsTriedAgain) {
   fs::remove(current);
   base.write("Tarquel/settings.json", "old");
