@@ -82,7 +82,7 @@ bool isRGB(AVPixelFormat format) {
   return (av_pix_fmt_desc_get(format)->flags & AV_PIX_FMT_FLAG_RGB) != 0;
 }
 
-libav::Owned<AVFrame> convert(const AVFrame& source, int width, int height, AVPixelFormat format, int filter) {
+libav::Owned<AVFrame> convertAtOnce(const AVFrame& source, int width, int height, AVPixelFormat format, int filter) {
   bool fullRange = false;
   const AVPixelFormat sourceFormat = plainFormat(source, fullRange);
   if (!sws_isSupportedInput(sourceFormat)) throw ImageError("the pixel format is not known");
@@ -111,6 +111,22 @@ libav::Owned<AVFrame> convert(const AVFrame& source, int width, int height, AVPi
   if (sws_scale(scaler.get(), source.data, source.linesize, 0, source.height, target->data, target->linesize) != height)
     throw ImageError("the picture cannot be scaled");
   return target;
+}
+
+/// A size between `from` and `to` that is a multiple of `to`, so that no sample straddles two of the final ones.
+int onTheWay(int from, int to, int steepest) {
+  while (to > 0 && std::int64_t{to} * steepest < from)
+    to *= 2;
+  return to;
+}
+
+/// In several steps where the picture shrinks much: for filters that wide libswscale takes two steps of its own, and
+/// they stretch the range of the levels twice.
+libav::Owned<AVFrame> convert(const AVFrame& source, int width, int height, AVPixelFormat format, int filter) {
+  constexpr int steepest = 32;
+  const int nextWidth = onTheWay(source.width, width, steepest), nextHeight = onTheWay(source.height, height, steepest);
+  auto next = convertAtOnce(source, nextWidth, nextHeight, format, filter);
+  return nextWidth == width && nextHeight == height ? std::move(next) : convert(*next, width, height, format, filter);
 }
 
 /// Height of a plane in samples and its width, for 8-bit planar formats.

@@ -90,6 +90,18 @@ TEST(ImageGenerator, VariableRatesGiveTheNearestFrame) {
   }
 }
 
+TEST(ImageGenerator, AGapOfHalfAMinuteGivesTheFrameThatIsNearer) {
+  // Frames 0 to 49 within the first two seconds, frame 50 at 32 s and the others after it.
+  const auto clip =
+      makeVideo(numberedPicture(8, 25) + ",settb=1/1000,setpts=N*40+if(gte(N\\,50)\\,30000\\,0)",
+                h264({"-preset", "medium", "-bf", "3", "-vsync", "0", "-enc_time_base", "1/1000"}), "mp4");
+  MediaAsset asset(clip);
+  ImageGenerator generator(asset, tolerance);
+  for (const auto& [time, number] : {std::pair{3.0, 49}, {16.9, 49}, {17.1, 50}, {31.0, 50}, {16.5, 49}, {30.0, 50}})
+    EXPECT_EQ(numberShown(generator.image(time)), number) << time;
+  EXPECT_NEAR(numberShown(generator.image(35)) / 25.0 + 30, 35, tolerance + rounding);
+}
+
 TEST(ImageGenerator, TimesBeyondTheEndsGiveTheLastAndTheFirstFrame) {
   const auto clip = makeVideo(numberedPicture(4, 25), h264({"-preset", "medium", "-g", "25", "-bf", "3"}), "mp4");
   EXPECT_EQ(numberAt(clip, 4.5), 99);
@@ -305,6 +317,20 @@ TEST(ImageGenerator, OddSizesTurnCleanly) {
   }
 }
 
+TEST(ImageGenerator, OddSizesWithHalvedColoursKeepTheirEdges) {
+  const Arguments vp9{"-c:v", "libvpx-vp9", "-deadline", "realtime", "-cpu-used", "8", "-crf", "10"};
+  for (const Arguments& encoding : {Arguments{"-c:v", "mpeg4", "-q:v", "1"}, vp9}) {
+    const Image image =
+        imageAt(makeVideo("color=red:s=322x242:r=10:d=0.5,format=yuv420p,scale=161:121", encoding, "mp4"), 0);
+    EXPECT_EQ(image.width(), 161);
+    EXPECT_EQ(image.height(), 121);
+    const Bytes jpeg = image.jpeg(1);
+    for (const int x : {0, 160})
+      for (const int y : {0, 120})
+        EXPECT_LE(distance(colourAt(jpeg, x, y), {254, 0, 0}), 6) << encoding[1] << " at " << x << "," << y;
+  }
+}
+
 TEST(ImageGenerator, TheFirstOfTwoVideoTracksCounts) {
   const auto clip = makeClip({"-f", "lavfi", "-i", "color=white:s=64x64:r=10:d=1", "-f", "lavfi", "-i",
                               "color=black:s=128x128:r=10:d=1", "-map", "0", "-map", "1", "-c:v", "mpeg4"},
@@ -323,11 +349,14 @@ TEST(ImageGenerator, OneFrameIsGivenForAnyTime) {
 }
 
 TEST(ImageGenerator, VeryLargePicturesAreDecoded) {
-  const auto clip = makeVideo("color=gray:s=7680x4320:r=1:d=1", h264({"-frames:v", "1"}), "mp4");
+  const auto clip = makeVideo(fourQuarters(1, "3840x2160"), h264({"-frames:v", "1"}), "mp4");
   const Image image = imageAt(clip, 0);
   EXPECT_EQ(image.width(), 7680);
   EXPECT_EQ(image.scaled(1568, 882).height(), 882);
-  EXPECT_EQ(image.luma(9, 8).size(), 72u);
+  EXPECT_EQ(cornersByBrightness(image.scaled(1568, 882)), "tl tr bl br");
+  const Bytes luma = image.luma(2, 2);
+  for (const std::size_t quarter : {0, 1, 2, 3})
+    EXPECT_NEAR(luma[quarter], 0x20 + 0x40 * static_cast<int>(quarter), 3);
 }
 
 TEST(ImageGenerator, AClipWithoutVideoHasNoPicture) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
+#include <tuple>
 
 #include "Support/ClipMaker.hpp"
 #include "TQPlatform/Image.hpp"
@@ -135,6 +136,24 @@ TEST(Image, LumaSpansBlackToWhiteWhateverTheRange) {
     const Bytes luma = firstFrame(clip).luma(2, 1);
     EXPECT_LE(luma[0], 3) << range;
     EXPECT_GE(luma[1], 252) << range;
+  }
+}
+
+TEST(Image, LumaKeepsItsLevelsHoweverLargeThePictureIs) {
+  for (const auto* quarter : {"80x60", "960x540", "1920x1080"}) {
+    const Bytes luma = firstFrame(makeVideo(fourQuarters(1, quarter), h264({"-frames:v", "1"}), "mp4")).luma(8, 8);
+    for (const auto& [at, level] : {std::pair{0, 0x20}, {7, 0x60}, {56, 0xA0}, {63, 0xE0}})
+      EXPECT_NEAR(luma[static_cast<std::size_t>(at)], level, 2) << quarter;
+  }
+}
+
+TEST(Image, ScalingKeepsItsLevelsHoweverMuchIsTakenAway) {
+  const Image image = firstFrame(makeVideo(fourQuarters(1, "1920x1080"), h264({"-frames:v", "1"}), "mp4"));
+  for (const int width : {1920, 320, 64, 16}) {
+    const Bytes jpeg = image.scaled(width, width * 9 / 16).jpeg(1);
+    for (const auto& [x, y, level] :
+         {std::tuple{0, 0, 0x20}, {width - 1, 0, 0x60}, {0, width / 2, 0xA0}, {width - 1, width / 2, 0xE0}})
+      EXPECT_LE(distance(colourAt(jpeg, x, y), {level, level, level}), 4) << width;
   }
 }
 

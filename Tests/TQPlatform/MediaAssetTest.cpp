@@ -162,6 +162,9 @@ TEST(MediaAsset, AnyFileNameOpens) {
     fs::copy_file(clip, folder / name);
     EXPECT_EQ(MediaAsset(folder / name).tracks().size(), 1u) << name;
   }
+  const std::string longest = std::string(251, 'n') + ".mp4";
+  fs::copy_file(clip, folder / longest);
+  EXPECT_EQ(MediaAsset(folder / longest).tracks().size(), 1u);
   const fs::path before = fs::current_path();
   fs::current_path(folder.path());
   EXPECT_EQ(MediaAsset("-leading.mp4").tracks().size(), 1u);
