@@ -33,8 +33,6 @@ class Collection {
  public:
   Collection(std::size_t count, const ExtractionProgress& progress) : frames_(count), progress_(progress) {}
 
-  std::size_t finished() const { return finished_; }
-
   void store(std::size_t index, ExtractedFrame frame) {
     const std::lock_guard lock(mutex_);
     bytes_ += frame.jpegData.size();

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <barrier>
+#include <chrono>
+#include <future>
 #include <gmock/gmock.h>
 #include <mutex>
 #include <set>
@@ -88,6 +90,19 @@ TEST(FFmpegBatch, OnEightProcessorsThreeTimesStartThreeTasks) {
 
 TEST(FFmpegBatch, OnEightProcessorsTenTimesStartFourTasks) {
   EXPECT_EQ(widestWindow(10, ffmpegWindow(8), 4), 4u);
+}
+
+TEST(FFmpegBatch, EveryEndStartsTheNextWhileTheOthersStillRun) {
+  std::promise<void> lastBegins;
+  std::future<void> lastBegun = lastBegins.get_future();
+  bool others = false;
+  const FrameAt firstIsSlow = [&](double time, std::stop_token) {
+    if (time == 9.5) lastBegins.set_value();
+    if (time == 0.5) others = lastBegun.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+    return picture();
+  };
+  extractFramesFFmpegBatch(firstIsSlow, seconds(10), encoding, 4, nullptr, {});
+  EXPECT_TRUE(others) << "the last frame waited for the first one";
 }
 
 TEST(FFmpegBatch, ProgressRisesToOneInEqualSteps) {

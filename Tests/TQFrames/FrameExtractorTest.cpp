@@ -1,6 +1,12 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
 #include <gmock/gmock.h>
+#include <limits>
 #include <mutex>
 #include <stdexcept>
+#include <tuple>
 
 #include "Support/ClipMaker.hpp"
 #include "Support/TemporaryFolder.hpp"
@@ -151,6 +157,18 @@ TEST(FrameExtractor, ADurationThatLiesStillYieldsFrames) {
   }
 }
 
+TEST(FrameExtractor, ADurationOfZeroGivesTheFirstFrameInThisProgram) {
+  const TemporaryFolder folder;
+  const Bytes clip = readClip(makeVideo(numberedPicture(1, 25), h264(), "mp4"));
+  const fs::path lying = writeClip(folder / "lying.mp4", withDuration(clip, 0));
+  for (const auto strategy :
+       {SamplingStrategy::fixedInterval, SamplingStrategy::evenDistribution, SamplingStrategy::adaptive}) {
+    const Extraction extraction = FrameExtractor().extract(lying, {.strategy = strategy});
+    EXPECT_THAT(timesOf(extraction), ElementsAre(0.0));
+    EXPECT_LE(numberShown(*Image::decodeJPEG(extraction.frames.front().jpegData)), 5);
+  }
+}
+
 TEST(FrameExtractor, ADurationOfZeroGivesTheFirstFrame) {
   FakeTools tools;
   tools.meta.duration = 0;
@@ -214,6 +232,107 @@ TEST(FrameExtractor, TheRealToolsSampleAMatroskaClip) {
   ASSERT_EQ(extraction.frames.size(), 3u);
   for (const auto& frame : extraction.frames)
     EXPECT_NEAR(numberShown(*Image::decodeJPEG(frame.jpegData)) / 10.0, frame.timecode.seconds, 0.1 + 1e-6);
+}
+
+class EveryContainer : public testing::TestWithParam<std::tuple<const char*, const char*, Arguments>> {};
+
+TEST_P(EveryContainer, IsSampledByTheRealTools) {
+  const auto& [name, extension, encoding] = GetParam();
+  const auto clip = makeVideo(numberedPicture(2, 10) + ",scale=384x256:flags=neighbor", encoding, extension);
+  const Extraction extraction = FrameExtractor().extract(clip, threeFrames);
+  EXPECT_EQ(extraction.meta.width, 384);
+  EXPECT_NEAR(extraction.meta.duration, 2, 0.11);
+  ASSERT_EQ(extraction.frames.size(), 3u);
+  for (const auto& frame : extraction.frames)
+    EXPECT_NEAR(numberShown(*Image::decodeJPEG(frame.jpegData)) / 10.0, frame.timecode.seconds, 0.1 + 1e-6);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    FrameExtractor, EveryContainer,
+    testing::Values(std::tuple{"H264InMkv", "mkv", h264({"-bf", "2"})}, std::tuple{"HEVCInMkv", "mkv", hevc()},
+                    std::tuple{"FFV1In422InMkv", "mkv", Arguments{"-c:v", "ffv1", "-pix_fmt", "yuv422p"}},
+                    std::tuple{"VP8InWebm", "webm", Arguments{"-c:v", "libvpx", "-deadline", "realtime"}},
+                    std::tuple{"VP9In444InWebm", "webm",
+                               Arguments{"-c:v", "libvpx-vp9", "-deadline", "realtime", "-pix_fmt", "yuv444p"}},
+                    std::tuple{"AV1InWebm", "webm", Arguments{"-c:v", "libaom-av1", "-cpu-used", "8"}},
+                    std::tuple{"MPEG4InAvi", "avi", Arguments{"-c:v", "mpeg4"}},
+                    std::tuple{"MJPEGInAvi", "avi", Arguments{"-c:v", "mjpeg"}},
+                    std::tuple{"RGBInAvi", "avi", Arguments{"-c:v", "huffyuv", "-pix_fmt", "rgb24"}},
+                    std::tuple{"MPEG2InMxf", "mxf", Arguments{"-c:v", "mpeg2video", "-r", "25"}},
+                    std::tuple{
+                        "DNxHRInMxf", "mxf",
+                        Arguments{"-c:v", "dnxhd", "-profile:v", "dnxhr_lb", "-pix_fmt", "yuv422p", "-r", "25"}}),
+    [](const auto& container) { return std::string(std::get<0>(container.param)); });
+
+TEST(FrameExtractor, ClipsOfAnyNameAreSampledOnBothWays) {
+  const TemporaryFolder folder;
+  for (const std::string extension : {".mp4", ".mkv"}) {
+    const fs::path clip = makeVideo(movingPicture(1), h264(), extension.substr(1));
+    const std::string longest(255 - extension.size(), 'n');
+    for (const std::string& name :
+         {std::string("two words"), std::string("it's \"quoted\""), std::string("-i"), std::string("line\nbreak"),
+          std::string("\xF0\x9F\x8E\xAC"), std::string("http:%03d|b"), longest}) {
+      fs::copy_file(clip, folder / (name + extension));
+      EXPECT_EQ(failureOf(folder / (name + extension)), "no failure") << name;
+    }
+  }
+}
+
+TEST(FrameExtractor, FilesThatAreNoClipsFailThroughTheToolsWithTheirStatus) {
+  const TemporaryFolder folder;
+  for (const auto* name : {"empty.mkv", "empty.webm", "empty.avi", "empty.mxf"})
+    EXPECT_EQ(failureOf(folder.write(name, "")), TQError::frameExtractionFailed("ffprobe exit status 1").description());
+}
+
+TEST(FrameExtractor, AClipWithoutVideoIsNamedByTheToolsToo) {
+  const auto clip = makeClip({"-f", "lavfi", "-i", "sine=d=1", "-c:a", "aac"}, "mkv");
+  EXPECT_EQ(failureOf(clip),
+            TQError::frameExtractionFailed("no video stream in " + clip.filename().string()).description());
+}
+
+TEST(FrameExtractor, SoundWithACoverHasAPictureAtItsStartOnly) {
+  const auto cover = makeVideo("color=red:s=64x64:r=1:d=1", {"-frames:v", "1"}, "png");
+  const auto clip = makeClip({"-f", "lavfi", "-i", "sine=d=4", "-c:a", "aac", "-attach", cover.string(),
+                              "-metadata:s:t", "mimetype=image/png"},
+                             "mkv");
+  EXPECT_THAT(failureOf(clip), HasSubstr("ffmpeg frame extract at "));
+}
+
+TEST(FrameExtractor, AMatroskaClipThatWasCutOffGivesWhatIsLeftOrAReason) {
+  const TemporaryFolder folder;
+  Bytes bytes = readClip(makeVideo(numberedPicture(8, 25), h264({"-g", "25", "-qp", "5"}), "mkv"));
+  bytes.resize(bytes.size() / 2);
+  const fs::path clip = writeClip(folder / "cut.mkv", bytes);
+  EXPECT_THAT(failureOf(clip), HasSubstr("ffmpeg frame extract at "));
+  for (const auto& frame : FrameExtractor().extract(clip, {.maxFrames = 3}).frames)
+    EXPECT_NEAR(numberShown(*Image::decodeJPEG(frame.jpegData)) / 25.0, frame.timecode.seconds, 0.04 + 1e-6);
+}
+
+TEST(FrameExtractor, AMatroskaDurationThatLiesFailsWithTheFirstTimeBeyondTheEnd) {
+  const TemporaryFolder folder;
+  Bytes bytes = readClip(makeVideo(movingPicture(1), h264(), "mkv"));
+  // The element Duration (RFC 9559, 5.1.2.10): a double of 8 bytes, in milliseconds.
+  constexpr std::array<std::uint8_t, 3> element{0x44, 0x89, 0x88};
+  const auto at = std::ranges::search(bytes, element).end();
+  ASSERT_LE(8, bytes.end() - at);
+  const auto lie = std::bit_cast<std::uint64_t>(143'165'000.0);
+  for (int byte = 0; byte < 8; ++byte)
+    at[byte] = static_cast<std::uint8_t>(lie >> (56 - 8 * byte));
+  const fs::path clip = writeClip(folder / "lying.mkv", bytes);
+  EXPECT_THAT(failureOf(clip, {.strategy = SamplingStrategy::evenDistribution, .evenFrameCount = 1}),
+              HasSubstr("ffmpeg frame extract at 71582.5s exit "));
+}
+
+TEST(FrameExtractor, WhenEveryCandidateLiesBeyondTheEndTheToolsAreAskedForTheMiddleOnceMore) {
+  FakeTools tools;
+  tools.meta.duration = 143'165;
+  tools.picture = [](double seconds) -> Image {
+    throw TQError::frameExtractionFailed("nothing at " + std::to_string(std::lround(seconds)));
+  };
+  EXPECT_EQ(failureOf("/clips/a.mkv", {}, tools.extractor()),
+            TQError::frameExtractionFailed("nothing at 71583").description());
+  EXPECT_LE(tools.asked.size(), 61u + 1u);
+  EXPECT_EQ(tools.asked.back(), 143'165 / 2.0);
 }
 
 TEST(FrameExtractor, TheAdaptivePassThroughTheToolsIsOneByOneAndDecodedAgain) {

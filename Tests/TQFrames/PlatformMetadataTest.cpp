@@ -56,6 +56,19 @@ TEST(PlatformMetadata, APlaceThatCannotBeReadGivesWayToTheNextOne) {
   EXPECT_DOUBLE_EQ(gps->longitude, 139.7454);
 }
 
+TEST(PlatformMetadata, AnyKeyThatContainsTheWordLocationMayTellThePlace) {
+  const auto gpsOf = [](const std::string& key) {
+    return metadataOf(makeVideo(movingPicture(0.4),
+                                h264({"-movflags", "use_metadata_tags", "-metadata", key + "=+35.6586+139.7454/"}),
+                                "mov"))
+        .gps;
+  };
+  ASSERT_TRUE(gpsOf("camera.location.note"));
+  EXPECT_DOUBLE_EQ(gpsOf("camera.location.note")->latitude, 35.6586);
+  EXPECT_FALSE(gpsOf("camera.Location.note")) << "the case counts";
+  EXPECT_FALSE(gpsOf("camera.note"));
+}
+
 TEST(PlatformMetadata, APortraitClipKeepsItsStoredSize) {
   const TemporaryFolder folder;
   const Bytes stored = readClip(makeVideo(movingPicture(1), h264(), "mp4"));
