@@ -15,6 +15,7 @@
 #include "TQPersistence/Settings.hpp"
 #include "TQPlatform/Bytes.hpp"
 #include "TQPlatform/Clock.hpp"
+#include "TQPlatform/URLSession.hpp"
 #include "TQVision/GeocodingProvider.hpp"
 #include "TQVision/ProviderFactory.hpp"
 #include "TQVision/TranscriptionProvider.hpp"
@@ -58,6 +59,7 @@ struct JobStages {
 };
 
 /// The stages as the product runs them. Faces, on-screen text, place names and transcripts are not part of it yet.
-JobStages standardJobStages();
+/// All providers of the program share `session`.
+JobStages standardJobStages(std::shared_ptr<URLSession> session);
 
 }  // namespace tq

@@ -29,10 +29,15 @@ sigset_t watchedSignals() {
 
 }  // namespace
 
-InterruptWatcher::InterruptWatcher(std::function<void(int)> onInterrupt) {
+void holdInterrupts() {
   ::signal(SIGPIPE, SIG_IGN);
   const sigset_t set = watchedSignals();
   ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
+InterruptWatcher::InterruptWatcher(std::function<void(int)> onInterrupt) {
+  holdInterrupts();
+  const sigset_t set = watchedSignals();
   thread_ = std::jthread([set, onInterrupt = std::move(onInterrupt)](const std::stop_token& stop) {
     int count = 0;
     while (!stop.stop_requested()) {

@@ -5,13 +5,16 @@
 
 namespace tq {
 
-/// Turns the wish to end the program (SIGINT of Ctrl-C, SIGTERM, SIGHUP) into calls of a function on a thread of its
-/// own, where any lock may be taken; those of the three that were ignored before, as under `nohup`, stay so. To be made
-/// before any other thread starts, since it blocks these signals for the thread that makes it and for all that thread
-/// starts. It also has writes to a closed pipe fail instead of ending the program.
+/// Keeps the wish to end the program (SIGINT of Ctrl-C, SIGTERM, SIGHUP) waiting until an `InterruptWatcher` takes it,
+/// for the calling thread and all that it starts: to be called before any other thread is there. Those of the three
+/// that were ignored before, as under `nohup`, stay so. Also has writes to a closed pipe fail instead of ending the
+/// program.
+void holdInterrupts();
+
+/// Turns these wishes into calls of a function on a thread of its own, where any lock may be taken.
 class InterruptWatcher {
  public:
-  /// `onInterrupt` gets the count of interrupts so far, from 1. It must not throw.
+  /// Holds interrupts, if that is not done yet. `onInterrupt` gets their count so far, from 1. It must not throw.
   explicit InterruptWatcher(std::function<void(int count)> onInterrupt);
   ~InterruptWatcher();
   InterruptWatcher(const InterruptWatcher&) = delete;

@@ -18,17 +18,30 @@ void UpdateLog::add(const Job& job) {
 }
 
 Job UpdateLog::waitFor(const UUID& id, JobStatus status) {
+  return waitUntil(
+      id, [&](const Job& latest) { return latest.status == status; }, "became " + std::string(rawValue(status)));
+}
+
+Job UpdateLog::waitForEnd(const UUID& id) {
+  return waitUntil(
+      id, [](const Job& latest) { return isTerminal(latest.status); }, "ended");
+}
+
+void UpdateLog::waitForAny(const UUID& id) {
+  waitUntil(
+      id, [](const Job&) { return true; }, "was reported");
+}
+
+Job UpdateLog::waitUntil(const UUID& id, const std::function<bool(const Job&)>& reached, const std::string& what) {
   std::unique_lock lock(mutex_);
   const Job* found = nullptr;
   const bool arrived = changed_.wait_for(lock, patience, [&] {
     found = nullptr;
     for (const Job& job : updates_)
       if (job.id == id) found = &job;
-    return found && found->status == status;
+    return found && reached(*found);
   });
-  if (!arrived)
-    throw std::runtime_error("the job never became " + std::string(rawValue(status)) +
-                             (found && found->error ? ": " + *found->error : ""));
+  if (!arrived) throw std::runtime_error("the job never " + what + (found && found->error ? ": " + *found->error : ""));
   return *found;
 }
 
@@ -62,7 +75,7 @@ PipelineHarness::PipelineHarness() {
   answer = [](const VisionRequest&, const std::stop_token&) {
     return VisionResponse{.rawText = goodAnswer(), .modelId = "answering-model", .inputTokens = {}, .outputTokens = {}};
   };
-  stages = standardJobStages();
+  stages = standardJobStages(nullptr);  // the providers are replaced below
   stages.clock = clock;
   stages.processorCount = 4;
   stages.extractFrames = [this](const std::filesystem::path&, const SamplingConfig&, const ExtractionProgress&,

@@ -23,11 +23,19 @@ class UpdateLog {
   /// Blocks until the job's latest update has that status, and gives that update.
   Job waitFor(const UUID& id, JobStatus status);
 
+  /// Blocks until the job has come to an end of any kind, and gives that update.
+  Job waitForEnd(const UUID& id);
+
+  /// Blocks until anything was reported of the job.
+  void waitForAny(const UUID& id);
+
   std::vector<Job> all() const;
   std::vector<Job> of(const UUID& id) const;
   std::vector<JobStatus> statusesOf(const UUID& id) const;  ///< changes of status only
 
  private:
+  Job waitUntil(const UUID& id, const std::function<bool(const Job& latest)>& reached, const std::string& what);
+
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   std::vector<Job> updates_;

@@ -17,6 +17,7 @@
 #include "TQFrames/VideoExpansion.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPlatform/ChildProcess.hpp"
+#include "TQPlatform/CurlSession.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/Interrupts.hpp"
 #include "TQPlatform/Terminal.hpp"
@@ -88,7 +89,8 @@ ExitStatus describeInputs(const Options& options) {
   if (settings.output.sidecarDirectory) createFolders(*settings.output.sidecarDirectory);
   const auto secrets = std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>());
 
-  Runner runner(settings, secrets, standardJobStages(), std::cout, terminalColumns());
+  holdInterrupts();  // the session starts a thread
+  Runner runner(settings, secrets, standardJobStages(std::make_shared<CurlSession>()), std::cout, terminalColumns());
   const InterruptWatcher watcher([&runner](int count) {
     if (count == 1) {
       runner.interrupt();
