@@ -5,8 +5,8 @@
 
 namespace tq {
 
-/// The one way in which cancellation leaves an operation. It is never a failure of the work itself, so nothing that turns
-/// failures into text or into absent values may swallow it on a path where the caller goes on working.
+/// The one way in which cancellation leaves an operation. It is never a failure of the work itself, so nothing that
+/// turns failures into text or into absent values may swallow it on a path where the caller goes on working.
 class Cancelled final : public std::exception {
  public:
   const char* what() const noexcept override { return "Cancelled"; }

@@ -24,7 +24,8 @@ class Image {
   /// Decodes a JPEG; absent when the bytes are none.
   static std::optional<Image> decodeJPEG(ByteView jpeg);
 
-  /// `pixels`: rows from top to bottom without padding, 3 bytes (red, green, blue) a pixel; its size is 3 * width * height.
+  /// `pixels`: rows from top to bottom without padding, 3 bytes (red, green, blue) a pixel; its size is 3 * width *
+  /// height.
   static Image fromRGB(int width, int height, ByteView pixels);
 
   int width() const;   ///< pixels, at least 1
@@ -36,7 +37,8 @@ class Image {
   /// Luma of the picture drawn over width x height: one byte a pixel, rows from top to bottom. Throws `ImageError`.
   Bytes luma(int width, int height) const;
 
-  /// A baseline JPEG; quality from 0 (smallest) to 1 (best), values beyond count as the nearer end. Throws `ImageError`.
+  /// A baseline JPEG; quality from 0 (smallest) to 1 (best), values beyond count as the nearer end. Throws
+  /// `ImageError`.
   Bytes jpeg(double quality) const;
 
   const Storage& storage() const { return *storage_; }

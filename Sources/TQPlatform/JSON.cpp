@@ -14,7 +14,8 @@ namespace tq {
 namespace {
 
 constexpr std::size_t deepestNesting = 256;
-constexpr int numberOverflow = 406;  // nlohmann's id of that error
+constexpr std::size_t quotedCharacters = 60;  // of a text that an error is about
+constexpr int numberOverflow = 406;           // nlohmann's id of that error
 
 /// "line 3, column 7", counted from 1, columns in characters.
 std::string placeOf(std::string_view text, std::size_t offset) {
@@ -149,7 +150,9 @@ class Writer {
   }
 
   void writeString(std::string_view string) {
-    if (!isValidUTF8(string)) throw JSONError("JSON cannot hold text that is not UTF-8: " + validUTF8(string));
+    if (!isValidUTF8(string))
+      throw JSONError("JSON cannot hold text that is not UTF-8: " +
+                      validUTF8(characterPrefix(string, quotedCharacters)));
     text_ += '"';
     for (const char c : string)
       writeCharacter(c);

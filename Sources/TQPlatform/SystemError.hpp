@@ -21,6 +21,8 @@ class SystemError final : public std::system_error {
 };
 
 /// Throws the `SystemError` of the current `errno`.
-[[noreturn]] inline void throwErrno(const std::filesystem::path& file) { throw SystemError(errno, file); }
+[[noreturn]] inline void throwErrno(const std::filesystem::path& file) {
+  throw SystemError(errno, file);
+}
 
 }  // namespace tq

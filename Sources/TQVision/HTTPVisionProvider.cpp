@@ -1,12 +1,30 @@
 #include "TQVision/HTTPVisionProvider.hpp"
 
 #include <cmath>
+#include <string_view>
+#include <utility>
 
 #include "TQPlatform/NumberText.hpp"
 #include "TQVision/HTTPTransport.hpp"
 #include "TQVision/ProviderErrorHints.hpp"
 
 namespace tq {
+namespace {
+
+/// Shorter keys are no secrets: local servers are given words such as "ollama".
+constexpr std::size_t shortestSecret = 8;
+
+/// What a server says of a refused request may quote the key, and an error is shown and kept.
+std::string withoutKey(std::string text, const std::string& key) {
+  constexpr std::string_view substitute = "[API key]";
+  if (key.size() < shortestSecret) return text;
+  for (std::size_t place = text.find(key); place != std::string::npos;
+       place = text.find(key, place + substitute.size()))
+    text.replace(place, key.size(), substitute);
+  return text;
+}
+
+}  // namespace
 
 HTTPVisionProvider::HTTPVisionProvider(HTTPProviderConfig config, std::shared_ptr<URLSession> urlSession,
                                        std::shared_ptr<const Clock> clock)
@@ -24,9 +42,11 @@ VisionResponse HTTPVisionProvider::describe(const VisionRequest& request, std::s
 
   const HTTPTransport transport(urlSession_, HTTPTransport::providerMaxAttempts, HTTPTransport::providerBackoffBase,
                                 clock_);
+  const auto annotate = [this](int status, std::string body) {
+    return ProviderErrorHints::annotateBadRequest(status, withoutKey(std::move(body), config_.apiKey));
+  };
   return parseResponse(transport.send(
-      post, ProviderErrorHints::annotateBadRequest, [this](const URLError& error) { return describe(error); },
-      std::move(stop)));
+      post, annotate, [this](const URLError& error) { return describe(error); }, std::move(stop)));
 }
 
 std::string HTTPVisionProvider::describe(const URLError& urlError) const {

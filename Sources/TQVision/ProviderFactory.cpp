@@ -25,10 +25,6 @@ std::unique_ptr<VisionProvider> makeProvider(ProviderProfile profile, const Visi
                                              const WebURL& baseURL, double timeoutSeconds) {
   const std::string providerId(rawValue(profile));
   if (apiKey.empty() && ProviderFactory::hostLikelyRequiresAPIKey(baseURL)) throw TQError::apiKeyMissing(providerId);
-  if (!maker)
-    throw TQError::providerTransport("this build of Tarquel cannot send requests to vision services yet. Choose \"" +
-                                     std::string(displayName(ProviderProfile::mock)) +
-                                     "\" as the provider in Preferences to run without one.");
   return maker({.providerId = providerId,
                 .modelId = modelId.value_or(std::string(defaultModelId(profile))),
                 .apiKey = std::move(apiKey),

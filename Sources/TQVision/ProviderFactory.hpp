@@ -15,7 +15,7 @@ namespace tq {
 
 using VisionProviderMaker = std::function<std::unique_ptr<VisionProvider>(HTTPProviderConfig)>;
 
-/// How the providers of each shape are made; an empty function means that this program cannot speak that shape.
+/// How the providers of each shape are made. A shape that is asked for must have its maker.
 struct HTTPProviderMakers {
   VisionProviderMaker anthropic;
   VisionProviderMaker openAI;
@@ -32,8 +32,7 @@ class ProviderFactory {
       : ProviderFactory(httpProviderMakers(std::move(session), std::move(clock))) {}
 
   /// A provider of the Messages shape; without `modelId` it uses the shape's default model. Throws
-  /// `TQError::apiKeyMissing` when the key is empty and the host needs one, and `TQError::providerTransport` when there
-  /// is no maker for the shape.
+  /// `TQError::apiKeyMissing` when the key is empty and the host needs one.
   std::unique_ptr<VisionProvider> makeAnthropic(std::string apiKey, std::optional<std::string> modelId,
                                                 const WebURL& baseURL, double timeoutSeconds) const;
 

@@ -8,8 +8,8 @@
 
 namespace tq::test {
 
-/// A clock that stands still. `sleep` returns at once, having moved the time on by the duration and noted it; a stop request
-/// still ends it with `Cancelled`.
+/// A clock that stands still. `sleep` returns at once, having moved the time on by the duration and noted it; a stop
+/// request still ends it with `Cancelled`.
 class ManualClock final : public Clock {
  public:
   explicit ManualClock(Date start = Date(std::chrono::seconds(1'700'000'000))) : now_(start) {}

@@ -1,11 +1,10 @@
 #include "Support/TemporaryFolder.hpp"
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <stdlib.h>
 
 namespace tq::test {
 
@@ -34,7 +33,8 @@ fs::path TemporaryFolder::write(std::string_view name, std::string_view content)
 
 std::vector<std::string> namesIn(const fs::path& folder) {
   std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename().string());
+  for (const auto& entry : fs::directory_iterator(folder))
+    names.push_back(entry.path().filename().string());
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -193,6 +193,8 @@ std::vector<Fault> faults() {
                "Vision provider returned HTTP 502: <html><h1>Bad Gateway</h1></html>", 3),
       answered("BinaryErrorBody", 500, "\xff\xfe\x00garbage", "Vision provider returned HTTP 500: <binary>", 3),
       answered("EmptyErrorBody", 404, "", "Vision provider returned HTTP 404: "),
+      answered("ErrorBodyThatQuotesTheKey", 401, std::string("Incorrect API key provided: ") + test::secretKey + ".",
+               "Vision provider returned HTTP 401: Incorrect API key provided: [API key]."),
       answered("LongErrorBody", 404, std::string(5000, 'x'),
                "Vision provider returned HTTP 404: " + std::string(200, 'x')),
 

@@ -137,21 +137,6 @@ TEST_F(ProviderFactoryTest, ALocalServerNeedsNoKey) {
   }
 }
 
-TEST(ProviderFactoryWithoutMakers, SaysThatItCannotReachServicesAndNamesTheMock) {
-  const ProviderFactory factory;
-  for (const TQError& error : {errorOf([&] { factory.makeAnthropic("key", "m", url("https://api.example.com"), 60); }),
-                               errorOf([&] { factory.makeOpenAI("", "m", url("http://localhost"), 60); })}) {
-    ASSERT_TRUE(std::holds_alternative<TQError::ProviderTransport>(error.value()));
-    EXPECT_THAT(error.description(), testing::HasSubstr("cannot send requests"));
-    EXPECT_THAT(error.description(), testing::HasSubstr("Mock (no API call)"));
-  }
-}
-
-TEST(ProviderFactoryWithoutMakers, AsksForTheKeyFirst) {
-  EXPECT_EQ(errorOf([] { ProviderFactory().makeOpenAI("", "m", url("https://api.example.com"), 60); }),
-            TQError::apiKeyMissing("openai"));
-}
-
 /// The factory as the product has it, on a scripted session.
 class RealProviderFactory : public testing::Test {
  protected:
