@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <curl/curl.h>
 #include <openssl/x509_vfy.h>
 #include <string>
@@ -76,16 +77,25 @@ std::string sentence(Code code, const HTTPAddress& address) {
   return "The request to " + address.host() + " failed";
 }
 
+/// The `errno` of the failed connection; 0 when there was none.
+int osErrorOf(void* handle) {
+  long error = 0;
+  curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &error);
+  return static_cast<int>(error);
+}
+
 /// What libcurl knows besides its result code.
 std::string reasonOf(Code code, CURLcode result, void* handle) {
-  long fact = 0;
   switch (code) {
-    case Code::serverCertificateUntrusted:
-      curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &fact);
-      return std::string(certificateFault(fact));
-    case Code::cannotConnectToHost:
-      curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &fact);
-      return fact == 0 ? "" : std::generic_category().message(static_cast<int>(fact));
+    case Code::serverCertificateUntrusted: {
+      long verdict = 0;
+      curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &verdict);
+      return std::string(certificateFault(verdict));
+    }
+    case Code::cannotConnectToHost: {
+      const int error = osErrorOf(handle);
+      return error == 0 ? "" : std::generic_category().message(error);
+    }
     case Code::unknown: return curl_easy_strerror(result);
     default: return {};
   }
@@ -99,9 +109,11 @@ URLError failure(URLError::Code code, const HTTPAddress& address, std::string_vi
   return {code, text + "."};
 }
 
+/// A server that resets at once may do so before or after the connection counts as made; to a user it is one thing.
 URLError failureOf(int result, void* handle, const HTTPAddress& address) {
   const auto* const kind = std::find_if(kinds.begin(), kinds.end(), [&](const Kind& k) { return k.result == result; });
-  const Code code = kind == kinds.end() ? Code::unknown : kind->code;
+  Code code = kind == kinds.end() ? Code::unknown : kind->code;
+  if (code == Code::cannotConnectToHost && osErrorOf(handle) == ECONNRESET) code = Code::networkConnectionLost;
   return failure(code, address, reasonOf(code, static_cast<CURLcode>(result), handle));
 }
 
