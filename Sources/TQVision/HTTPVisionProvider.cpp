@@ -4,7 +4,9 @@
 #include <string_view>
 #include <utility>
 
+#include "TQCore/TQError.hpp"
 #include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Unicode.hpp"
 #include "TQVision/HTTPTransport.hpp"
 #include "TQVision/ProviderErrorHints.hpp"
 
@@ -15,13 +17,15 @@ namespace {
 constexpr std::size_t shortestSecret = 8;
 
 /// What a server says of a refused request may quote the key, and an error is shown and kept.
-std::string withoutKey(std::string text, const std::string& key) {
+std::string withoutKey(const std::string& text, std::string_view key) {
   constexpr std::string_view substitute = "[API key]";
+  key = trimmed(key);  // as it is sent
   if (key.size() < shortestSecret) return text;
-  for (std::size_t place = text.find(key); place != std::string::npos;
-       place = text.find(key, place + substitute.size()))
-    text.replace(place, key.size(), substitute);
-  return text;
+  std::string result;
+  std::size_t rest = 0;
+  for (std::size_t place = 0; (place = text.find(key, rest)) != std::string::npos; rest = place + key.size())
+    result.append(text, rest, place - rest).append(substitute);
+  return result.append(text, rest);
 }
 
 }  // namespace
@@ -42,11 +46,18 @@ VisionResponse HTTPVisionProvider::describe(const VisionRequest& request, std::s
 
   const HTTPTransport transport(urlSession_, HTTPTransport::providerMaxAttempts, HTTPTransport::providerBackoffBase,
                                 clock_);
-  const auto annotate = [this](int status, std::string body) {
-    return ProviderErrorHints::annotateBadRequest(status, withoutKey(std::move(body), config_.apiKey));
+  const auto annotate = [this](int status, const std::string& body) {
+    return ProviderErrorHints::annotateBadRequest(status, withoutKey(body, config_.apiKey));
   };
-  return parseResponse(transport.send(
-      post, annotate, [this](const URLError& error) { return describe(error); }, std::move(stop)));
+  const Bytes answer = transport.send(
+      post, annotate, [this](const URLError& error) { return describe(error); }, std::move(stop));
+  try {
+    return parseResponse(answer);
+  } catch (const TQError& error) {
+    const auto* failure = std::get_if<TQError::ProviderDecodeFailure>(&error.value());
+    if (!failure) throw;
+    throw TQError::providerDecodeFailure(withoutKey(failure->text, config_.apiKey));
+  }
 }
 
 std::string HTTPVisionProvider::describe(const URLError& urlError) const {

@@ -281,6 +281,48 @@ TEST_P(HTTPVisionProviderTest, NoErrorTextHoldsTheKey) {
   EXPECT_THAT(texts, testing::Each(Not(HasSubstr("sk-secret"))));
 }
 
+TEST_P(HTTPVisionProviderTest, AKeyThatTheServiceQuotesIsReplacedWhereverItStands) {
+  session_.answer(401, "sk-secret? No, sk-secretsk-secret is wrong: sk-secre, sk-secret");
+  EXPECT_EQ(failure(),
+            "Vision provider returned HTTP 401: [API key]? No, [API key][API key] is wrong: sk-secre, [API key]");
+  session_.answer(400, "unsupported: sk-secret");
+  EXPECT_THAT(failure(), HasSubstr("HTTP 400: unsupported: [API key]\n\nHint: "));
+}
+
+TEST_P(HTTPVisionProviderTest, AKeyIsFoundAsItIsSentWithoutTheBlanksAroundIt) {
+  fixture_.config.apiKey = " sk-secret ";
+  session_.answer(401, "bad key:sk-secret.");
+  EXPECT_EQ(failure(), "Vision provider returned HTTP 401: bad key:[API key].");
+}
+
+TEST_P(HTTPVisionProviderTest, AWordThatALocalServerTakesForAKeyIsNoSecret) {
+  for (const char* word : {"ollama", "", "       "}) {
+    fixture_.config.apiKey = word;
+    session_.answer(404, "ollama has no such model       ");
+    EXPECT_EQ(failure(), "Vision provider returned HTTP 404: ollama has no such model       ");
+  }
+}
+
+/// Millions of quotations are a matter of a moment, not of hours that no stop would end.
+TEST_P(HTTPVisionProviderTest, AKeyThatIsQuotedWithoutEndTakesNoTime) {
+  std::string body;
+  for (int count = 0; count < 1'000'000; ++count)
+    body += "sk-secret,";
+  session_.answer(401, body);
+  EXPECT_THAT(failure(), testing::StartsWith("Vision provider returned HTTP 401: [API key],[API key],"));
+}
+
+TEST(HTTPVisionProvider, AnUnusableAnswerThatQuotesTheKeyIsToldWithoutIt) {
+  const ProviderFixture fixture;
+  fixture.session->answer(200, R"({"choices":[{"message":{"refusal":"sk-secret is spent"}}]})");
+  fixture.session->answer(200, R"({"choices":[{"message":{},"finish_reason":"sk-secret is spent"}]})");
+  const auto failure = [&] {
+    return test::decodeFailure([&] { fixture.openAI().describe(ProviderFixture::request(), {}); });
+  };
+  EXPECT_EQ(failure(), "model refused: [API key] is spent");
+  EXPECT_EQ(failure(), "no usable output (null content, finish_reason=[API key] is spent)");
+}
+
 TEST_P(HTTPVisionProviderTest, OneProviderServesSeveralThreads) {
   constexpr int count = 8;
   for (int index = 0; index < count; ++index)

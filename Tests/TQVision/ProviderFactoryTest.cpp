@@ -45,6 +45,12 @@ TEST(InsecureBaseURLWarning, NamesTheAddressAndItsHost) {
             "visible to anyone on the network path. Use https:// unless this is a trusted local/LAN server.");
 }
 
+TEST(InsecureBaseURLWarning, KeepsTheAddressAsWrittenAndNamesTheHostInLowerCase) {
+  EXPECT_THAT(ProviderFactory::insecureBaseURLWarning(url("HTTP://LLM.Example/V1")).value(),
+              testing::StartsWith("HTTP://LLM.Example/V1 is not HTTPS — your API key would be sent in cleartext to "
+                                  "llm.example and is "));
+}
+
 TEST(InsecureBaseURLWarning, NamesAMissingHostInWords) {
   EXPECT_THAT(ProviderFactory::insecureBaseURLWarning(url("http:///v1")).value(),
               testing::HasSubstr(" in cleartext to the configured host and is visible "));
