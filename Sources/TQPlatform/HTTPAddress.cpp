@@ -49,11 +49,23 @@ void makeHostASCII(ParsedURL& url) {
   url.set(CURLUPART_HOST, *ascii);
 }
 
+URLError notOfTheWeb() {
+  return {URLError::Code::badURL, "The address has to begin with http:// or https:// and to name a host."};
+}
+
+/// libcurl would take the first part of the path for a host that is missing, and send it the keys.
+const std::string& textWithHost(const WebURL& url) {
+  if (url.host().empty()) throw notOfTheWeb();
+  return url.absoluteString();
+}
+
 std::string withoutBrackets(const std::string& host) {
   return host.starts_with('[') ? host.substr(1, host.size() - 2) : host;
 }
 
 }  // namespace
+
+HTTPAddress::HTTPAddress(const WebURL& url) : HTTPAddress(textWithHost(url)) {}
 
 HTTPAddress::HTTPAddress(const std::string& text, const HTTPAddress* source) {
   ParsedURL parsed(text);
@@ -68,8 +80,7 @@ HTTPAddress::HTTPAddress(const std::string& text, const HTTPAddress* source) {
   port_ = parsed.get(CURLUPART_PORT);
   user_ = parsed.get(CURLUPART_USER);
   password_ = parsed.get(CURLUPART_PASSWORD);
-  if ((scheme_ != "http" && scheme_ != "https") || host_.empty())
-    throw URLError(URLError::Code::badURL, "The address has to begin with http:// or https:// and to name a host.");
+  if ((scheme_ != "http" && scheme_ != "https") || host_.empty()) throw notOfTheWeb();
 }
 
 std::optional<HTTPAddress> HTTPAddress::redirected(const std::string& target) const {

@@ -12,7 +12,7 @@ namespace tq {
 class HTTPAddress {
  public:
   /// Throws `URLError` with `badURL` when `url` has another scheme, no host, or is malformed.
-  explicit HTTPAddress(const WebURL& url) : HTTPAddress(url.absoluteString()) {}
+  explicit HTTPAddress(const WebURL& url);
 
   /// What a redirect to the absolute URL `target` leads to, with the user information of this address and no other.
   /// Absent when that is another server: its scheme, host or port differs, or it cannot be used.
