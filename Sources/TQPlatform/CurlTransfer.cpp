@@ -26,6 +26,9 @@ Value get(void* handle, CURLINFO info) {
   return value;
 }
 
+/// Room is made at once for an answer whose size is told, as far as that is believed before it has come.
+constexpr curl_off_t mostRoom = 256 << 20;
+
 /// RFC 9110, section 5.6.2: what a method and a header's name are made of.
 bool isToken(std::string_view text) {
   constexpr std::string_view marks = "!#$%&'*+-.^_`|~";
@@ -142,8 +145,13 @@ std::size_t CurlTransfer::receiveHeader(char* data, std::size_t size, std::size_
 }
 
 std::size_t CurlTransfer::receiveBody(char* data, std::size_t size, std::size_t count, void* transfer) {
+  auto& self = *static_cast<CurlTransfer*>(transfer);
+  Bytes& body = self.body_;
   try {
-    Bytes& body = static_cast<CurlTransfer*>(transfer)->body_;
+    if (body.empty()) {
+      const auto told = get<curl_off_t>(self.handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);  // -1: it is not told
+      body.reserve(static_cast<std::size_t>(std::clamp(told, curl_off_t{0}, mostRoom)));
+    }
     body.insert(body.end(), data, data + size * count);
     return size * count;
   } catch (const std::exception&) {

@@ -269,5 +269,60 @@ TEST(CurlSessionLimits, ForgetsTheBodyOfARequestThatWasGivenUp) {
     std::this_thread::yield();
 }
 
+/// Sends request after request, each with a stop at another instant, from before its start until after its answer.
+void sendWithStops(CurlSession& session, const std::string& url) {
+  for (int round = 0; round < 100; ++round) {
+    const URLRequest request = postRequest(url, std::string(20'000, 'x'));
+    std::stop_source stop;
+    std::jthread stopping([&stop, round] {
+      for (int turn = 0; turn < round; ++turn)
+        std::this_thread::yield();
+      stop.request_stop();
+    });
+    try {
+      EXPECT_EQ(bodyOf(session.data(request, plentyOfTime, stop.get_token())), *request.body);
+    } catch (const URLError& error) {
+      EXPECT_EQ(error.code(), Code::cancelled);
+    }
+  }
+}
+
+TEST(CurlSessionLimits, StandsAStopAtAnyInstant) {
+  ScriptedServer server;
+  server.replyAlways(ServerReply().echo());
+  CurlSession session;
+  {
+    std::vector<std::jthread> callers;
+    for (int caller = 0; caller < 4; ++caller)
+      callers.emplace_back([&] { sendWithStops(session, server.url()); });
+  }
+  EXPECT_EQ(bodyOf(send(session, postRequest(server.url(), "still fine"))), "still fine");
+}
+
+TEST(CurlSessionLimits, EndsWithManyRequestsUnderWayAndStopsComingIn) {
+  const std::vector<ServerReply> stalls{ServerReply(Heard::nothing).stall(), ServerReply(Heard::head).stall(),
+                                        ServerReply().stall(), ServerReply().send("HTTP/1.1 200 OK\r\n").stall()};
+  for (int round = 0; round < 10; ++round) {
+    ScriptedServer server;
+    for (int caller = 0; caller < 8; ++caller)
+      server.reply(stalls[static_cast<std::size_t>(caller) % stalls.size()]);
+    auto session = std::make_unique<CurlSession>();
+    std::vector<std::jthread> callers;
+    for (int caller = 0; caller < 8; ++caller)
+      callers.emplace_back([&session = *session, &server](const std::stop_token& stop) {
+        try {
+          session.data(postRequest(server.url(), std::string(20'000, 'x')), plentyOfTime, stop);
+          ADD_FAILURE() << "an answer that never came";
+        } catch (const URLError& error) {
+          EXPECT_EQ(error.code(), Code::cancelled);
+        }
+      });
+    server.waitForStalls(8);
+    for (std::size_t caller = 0; caller < callers.size(); caller += 2)
+      callers[caller].request_stop();
+    session.reset();
+  }
+}
+
 }  // namespace
 }  // namespace tq::test

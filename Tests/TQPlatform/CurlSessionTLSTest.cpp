@@ -103,6 +103,13 @@ TEST_F(CurlSessionTLS, FailsWhenTheServerLeavesDuringTheHandshake) {
   EXPECT_EQ(failureOf(session_, getRequest(server.url())).code(), Code::secureConnectionFailed);
 }
 
+TEST_F(CurlSessionTLS, CallsAConnectionLostThatIsResetWhileTheRequestIsSent) {
+  ScriptedServer server({.address = "127.0.0.1", .identity = authority_.issue({"127.0.0.1"})});
+  server.reply(ServerReply(Heard::head).reset());
+  const URLRequest request = postRequest(server.url(), std::string(20'000'000, 'x'));
+  EXPECT_EQ(failureOf(session_, request).code(), Code::networkConnectionLost) << "and no signal ended the program";
+}
+
 TEST_F(CurlSessionTLS, CallsAConnectionLostThatIsResetDuringTheAnswer) {
   ScriptedServer server({.address = "127.0.0.1", .identity = authority_.issue({"127.0.0.1"})});
   server.reply(ServerReply().send("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n01234").reset());

@@ -147,7 +147,14 @@ TEST_F(CurlSessionTest, PassesOverProvisionalAnswers) {
 TEST_F(CurlSessionTest, TakesABodyOfAHundredMegabytes) {
   const std::string body = longText(100'000'000);
   server_.reply(ServerReply::answer(200, body));
-  EXPECT_TRUE(bodyOf(send(session_, getRequest(server_.url()))) == body);
+  const URLResponse response = send(session_, getRequest(server_.url()));
+  EXPECT_TRUE(textOf(response.body) == body);
+  EXPECT_EQ(response.body.capacity(), body.size()) << "it was never moved to make room";
+}
+
+TEST_F(CurlSessionTest, MakesNoRoomForAnAnswerThatOnlyClaimsToBeHuge) {
+  server_.reply(ServerReply().send("HTTP/1.1 200 OK\r\nContent-Length: 9000000000000000000\r\n\r\nabc").close());
+  EXPECT_EQ(failureOf(session_, getRequest(server_.url())).code(), Code::networkConnectionLost);
 }
 
 TEST_F(CurlSessionTest, SendsALargeBodyFromWhereItLies) {
@@ -255,8 +262,9 @@ TEST_F(CurlSessionTest, RefusesAMethodThatWouldBreakTheMessage) {
 }
 
 TEST_F(CurlSessionTest, RefusesAddressesThatAreNotOfTheWeb) {
-  for (const char* url : {"ftp://127.0.0.1/", "file:///etc/passwd", "localhost:11434/api", "/v1/messages",
-                          "example.com", "http://", "http://127.0.0.1:99999/", "http://ü..test/"})
+  for (const char* url :
+       {"ftp://127.0.0.1/", "file:///etc/passwd", "localhost:11434/api", "/v1/messages", "example.com", "http://",
+        "http:///v1/messages", "http://127.0.0.1:99999/", "http://ü..test/"})
     EXPECT_EQ(failureOf(session_, getRequest(url)).code(), Code::badURL) << url;
 }
 
