@@ -88,7 +88,7 @@ URLResponse CurlSession::data(const URLRequest& request, std::optional<nanosecon
     loop_->start(transfer);
     try {
       transfer->wait(end, stop);
-    } catch (const URLError&) {
+    } catch (...) {
       loop_->abandon(transfer);
       throw;
     }

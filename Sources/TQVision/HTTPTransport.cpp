@@ -82,8 +82,8 @@ Bytes HTTPTransport::send(const URLRequest& request, std::stop_token stop) const
       [](const URLError& error) { return error.localizedDescription(); }, std::move(stop));
 }
 
-/// The request runs against its deadline inside the session, which enforces it and the stop in every phase and does not
-/// return before the request has ended: no attempt is still under way when the next one starts.
+/// The request runs against its deadline inside the session, which enforces it and the stop in every phase. Both are
+/// final, so that no attempt is still being given up when another one starts.
 URLResponse HTTPTransport::dataRacingDeadline(const URLRequest& request, std::stop_token stop) const {
   std::optional<std::chrono::nanoseconds> deadline;
   if (isLimit(request.timeoutInterval)) deadline.emplace(deadlineNanoseconds(request.timeoutInterval));

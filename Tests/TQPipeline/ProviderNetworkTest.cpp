@@ -6,6 +6,7 @@
 
 #include "NetworkJob.hpp"
 #include "Support/EnvironmentVariable.hpp"
+#include "Support/NameLookups.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
 #include "TQPlatform/JSON.hpp"
 
@@ -15,6 +16,7 @@ namespace {
 using test::Certificate;
 using test::goodCompletion;
 using test::Heard;
+using test::NameLookups;
 using test::NetworkJob;
 using test::PipelineHarness;
 using test::ScriptedServer;
@@ -39,8 +41,9 @@ TEST_F(ProviderNetwork, ARefusedConnectionIsTriedThreeTimes) {
 }
 
 TEST_F(ProviderNetwork, ANameThatDoesNotExistIsTriedThreeTimes) {
-  harness.settings.openaiBaseURL = "http://models.invalid";
-  EXPECT_EQ(run().error, transportFault + std::string("The host models.invalid could not be found."));
+  const NameLookups lookups;
+  harness.settings.openaiBaseURL = std::string("http://") + NameLookups::missingName;
+  EXPECT_EQ(run().error, transportFault + std::string("The host missing.invalid could not be found."));
   EXPECT_EQ(waits(), (std::vector<double>{0.8, 1.6}));
   expectNoKeyInSight();
 }
@@ -49,6 +52,17 @@ TEST_F(ProviderNetwork, AnotherSchemeIsNoAddressForAProvider) {
   harness.settings.openaiBaseURL = "ftp://127.0.0.1/models";
   EXPECT_THAT(*run().error, testing::StartsWith(transportFault));
   expectNoKeyInSight();
+}
+
+TEST_F(ProviderNetwork, AnAddressWithoutAHostReachesNone) {
+  // What follows a missing host is "v1", which could be the name of a machine.
+  for (const char* base : {"http://", "http:///v1", "https:/v1"}) {
+    harness.settings.openaiBaseURL = base;
+    EXPECT_EQ(run().error,
+              transportFault + std::string("The address has to begin with http:// or https:// and to name a host."))
+        << base;
+    expectNoKeyInSight();
+  }
 }
 
 TEST_F(ProviderNetwork, AProxyOfTheEnvironmentIsNotUsed) {
