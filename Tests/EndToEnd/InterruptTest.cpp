@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,11 +73,15 @@ TEST_F(Interrupt, TheSecondOneLeavesAtOnceAndTakesTheToolAlong) {
   program.waitForOutput("cancelled  slow.mkv\n");
   program.signal(SIGINT);
   EXPECT_EQ(program.finish().status, 130);
+  // The pipe is still open, so a tool that is gone was killed, and the program took note of it before it left.
+  const bool isGone = ::kill(tools[0], 0) == -1 && errno == ESRCH;
   letTheToolEnd();  // if it was not killed, it ends by itself now
-  int status = 0;
-  EXPECT_EQ(::waitpid(tools[0], &status, 0), tools[0]);
-  EXPECT_TRUE(WIFSIGNALED(status));
-  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  if (!isGone) {
+    int status = 0;
+    EXPECT_EQ(::waitpid(tools[0], &status, 0), tools[0]);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  }
   ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 0), 0);
 }
 
