@@ -44,7 +44,7 @@ struct Fault {
   std::optional<std::string> error;  ///< absent: the job is done; {port} stands for the server's
   std::size_t attempts = 1;          ///< requests, or connections where no request is read
   Certificate certificate = Certificate::none;
-  double timeout = 30;
+  double timeout = 600;
   std::size_t frameBytes = 1000;  ///< of each of two frames
   std::string address = "127.0.0.1";
 };
@@ -145,7 +145,7 @@ std::vector<Fault> faults() {
        .script = always(ServerReply().drip(ok + "Content-Length: " + std::to_string(good.size()) + "\r\n\r\n" + good))},
       {.name = "AnswerWithoutALength",
        .script = always(ServerReply().send(ok + "Connection: close\r\n\r\n" + good).close())},
-      answered("HundredMegabytesOfBlanksAndAGoodAnswer", 200, std::string(100'000'000, ' ') + good, std::nullopt),
+      answered("TenMegabytesOfBlanksAndAGoodAnswer", 200, std::string(10'000'000, ' ') + good, std::nullopt),
 
       // Success that says nothing usable.
       {.name = "NoContent",
@@ -153,6 +153,7 @@ std::vector<Fault> faults() {
        .error = "the JSON text ends too early"},
       unreadable("EmptyBody", "", "the JSON text ends too early"),
       unreadable("TruncatedJSON", good.substr(0, 40), "the JSON text ends too early"),
+      unreadable("HundredMegabytesOfText", std::string(100'000'000, 'x'), "no valid JSON at line 1, column 1"),
       unreadable("HTMLPage", "<html>Welcome</html>", "no valid JSON at line 1, column 1"),
       unreadable("List", "[]", "Could not parse model response: response not JSON object"),
       unreadable("NoChoices", R"({"choices": []})", "Could not parse model response: no choices in response"),
