@@ -51,12 +51,14 @@ foreach(layer IN LISTS TQ_LAYERS)
   endforeach()
 endforeach()
 
-# The command-line programs stand on the engine, beside the window.
+# The command-line programs and the fuzzing targets stand on the engine, beside the window.
 set(engine ${TQ_LAYERS})
 list(REMOVE_ITEM engine TarquelApp)
-file(GLOB_RECURSE files RELATIVE ${TQ_ROOT} ${TQ_ROOT}/Tools/*.hpp ${TQ_ROOT}/Tools/*.cpp)
-foreach(file IN LISTS files)
-  check_file(${file} Tools "${engine};Tools" none)
+foreach(room Tools Fuzz)
+  file(GLOB_RECURSE files RELATIVE ${TQ_ROOT} ${TQ_ROOT}/${room}/*.hpp ${TQ_ROOT}/${room}/*.cpp)
+  foreach(file IN LISTS files)
+    check_file(${file} ${room} "${engine};${room}" none)
+  endforeach()
 endforeach()
 
 if(faults)

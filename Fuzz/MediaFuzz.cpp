@@ -1,0 +1,60 @@
+#include <cmath>
+#include <fstream>
+
+#include "Fuzz/Property.hpp"
+#include "TQCore/TQError.hpp"
+#include "TQFrames/PlatformMetadata.hpp"
+#include "TQPlatform/ImageGenerator.hpp"
+#include "TQPlatform/UUID.hpp"
+
+namespace tq {
+namespace {
+
+/// A file that is there as long as this value.
+class ClipFile {
+ public:
+  explicit ClipFile(ByteView content) {
+    const std::string_view text = textOf(content);
+    std::ofstream stream(path, std::ios::binary);
+    fuzz::require(stream.write(text.data(), static_cast<std::streamsize>(text.size())).flush().good(),
+                  "a clip can be written to the folder for temporary files");
+  }
+  ~ClipFile() { std::filesystem::remove(path); }
+
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("tarquel-fuzz-" + UUID::random().text() + ".mp4");
+};
+
+void checkMetadata(const MediaAsset& asset, const std::filesystem::path& file) {
+  fuzz::require(std::isfinite(asset.duration()) && asset.duration() >= 0, "a duration is finite and not negative");
+  if (asset.tracks(MediaType::video).empty()) return;
+  const VideoMetadata metadata = loadMetadataPlatform(asset, file);
+  fuzz::require(metadata.width >= 0 && metadata.height >= 0, "a track's size is not negative");
+  fuzz::require(std::isfinite(metadata.frameRate) && metadata.frameRate >= 0, "a frame rate is finite");
+}
+
+/// Two pictures: the first and one from the middle, which takes a seek.
+void checkPictures(MediaAsset& asset) {
+  ImageGenerator generator(asset);
+  for (const double seconds : {0.0, asset.duration() / 2}) {
+    const Image picture = generator.image(seconds);
+    fuzz::require(picture.width() >= 1 && picture.height() >= 1, "a picture has a size");
+    const std::optional<Image> again = Image::decodeJPEG(picture.scaled(16, 9).jpeg(0.5));
+    fuzz::require(again && again->width() == 16 && again->height() == 9, "a picture can be scaled and stored");
+  }
+}
+
+}  // namespace
+
+void fuzz::check(ByteView input) {
+  const ClipFile file(input);
+  try {
+    MediaAsset asset(file.path);
+    checkMetadata(asset, file.path);
+    checkPictures(asset);
+  } catch (const MediaError&) {
+  } catch (const ImageError&) {
+  }
+}
+
+}  // namespace tq
