@@ -68,12 +68,14 @@ std::string withoutBrackets(const std::string& host) {
 HTTPAddress::HTTPAddress(const WebURL& url) : HTTPAddress(textWithHost(url)) {}
 
 HTTPAddress::HTTPAddress(const std::string& text, const HTTPAddress* source) {
-  ParsedURL parsed(text);
+  ParsedURL written(text);
   if (source) {
-    parsed.set(CURLUPART_USER, source->user_);
-    parsed.set(CURLUPART_PASSWORD, source->password_);
+    written.set(CURLUPART_USER, source->user_);
+    written.set(CURLUPART_PASSWORD, source->password_);
   }
-  makeHostASCII(parsed);
+  makeHostASCII(written);
+  // A number such as 127.1 that was encoded in the text becomes a whole IPv4 address in the second reading only.
+  const ParsedURL parsed(written.get(CURLUPART_URL));
   url_ = parsed.get(CURLUPART_URL);
   scheme_ = parsed.get(CURLUPART_SCHEME);
   host_ = withoutBrackets(parsed.get(CURLUPART_HOST));
