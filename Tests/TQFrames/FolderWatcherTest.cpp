@@ -1,13 +1,10 @@
 #include <condition_variable>
-#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <mutex>
-#include <optional>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include "Support/Gate.hpp"
+#include "Support/NoFolderEvents.hpp"
 #include "Support/NoMoreThreads.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/WatchedThread.hpp"
@@ -91,24 +88,6 @@ class Reports {
   std::mutex mutex_;
   std::condition_variable changed_;
   Paths urls_;
-};
-
-/// Leaves this process one more descriptor: enough to list a folder, too few for folder events.
-class OneDescriptor {
- public:
-  OneDescriptor() {
-    const int next = ::open("/dev/null", O_RDONLY);
-    ::close(next);
-    ::getrlimit(RLIMIT_NOFILE, &before_);
-    const rlimit few{.rlim_cur = static_cast<rlim_t>(next) + 1, .rlim_max = before_.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &few);
-  }
-  ~OneDescriptor() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-  OneDescriptor(const OneDescriptor&) = delete;
-  OneDescriptor& operator=(const OneDescriptor&) = delete;
-
- private:
-  rlimit before_{};
 };
 
 /// The timer fires in `clock_->tick()` alone: what is reported without it was set off by an event.
@@ -276,10 +255,10 @@ TEST_F(FolderWatcherTest, ALinkInTheFoldersPlaceIsFollowedUnderTheFoldersName) {
 }
 
 TEST_F(FolderWatcherTest, WithoutFolderEventsTheTimerIsEnough) {
+  arrive(folder_ / "known.mov");
   {
-    const OneDescriptor few;
+    const test::NoFolderEvents none;
     ASSERT_THROW(DirectoryEvents(), SystemError);
-    arrive(folder_ / "known.mov");
     watcher_.start();
   }
   const auto clip = arrive(folder_ / "clip.mov");

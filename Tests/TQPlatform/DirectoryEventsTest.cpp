@@ -1,9 +1,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
-#include <sys/resource.h>
-#include <unistd.h>
 
+#include "Support/NoFolderEvents.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/WatchedThread.hpp"
 #include "TQPlatform/Cancelled.hpp"
@@ -196,13 +195,9 @@ TEST_F(DirectoryEventsTest, AStopEndsTheWaitAndTheNextWaitIsWhole) {
   EXPECT_EQ(told, in({folder_}));
 }
 
-TEST(DirectoryEventsWithoutDescriptors, TheSystemsRefusalIsThrown) {
-  rlimit before{};
-  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
-  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+TEST_F(DirectoryEventsTest, TheSystemsRefusalIsThrown) {
+  const test::NoFolderEvents none;
   EXPECT_THROW(DirectoryEvents(), SystemError);
-  ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 }  // namespace
