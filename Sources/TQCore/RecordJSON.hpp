@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "TQPlatform/JSON.hpp"
 
@@ -36,32 +35,6 @@ JSONValue encode(const Record& record);
 /// A hash over all fields; equal records have equal hashes.
 template <class Record>
 std::size_t hashOf(const Record& record);
-
-/// Reads a list of records; paths in errors begin with the element, as in "[2].status". Throws `DecodingError`.
-template <class Record>
-std::vector<Record> decodeList(const JSONValue& value) {
-  const JSONValue::Array* elements = value.asArray();
-  if (!elements) throw DecodingError("expected a list, found " + std::string(value.kindName()));
-  std::vector<Record> records;
-  records.reserve(elements->size());
-  for (const JSONValue& element : *elements) {
-    try {
-      records.push_back(decode<Record>(element));
-    } catch (const DecodingError& error) {
-      throw error.within("[" + std::to_string(records.size()) + "]");
-    }
-  }
-  return records;
-}
-
-template <class Record>
-JSONValue encodeList(const std::vector<Record>& records) {
-  JSONValue::Array elements;
-  elements.reserve(records.size());
-  for (const Record& record : records)
-    elements.push_back(encode(record));
-  return elements;
-}
 
 /// The hash of records for the standard containers: std::unordered_set<Shot, RecordHash>.
 struct RecordHash {

@@ -57,8 +57,7 @@ MockProvider::MockProvider(std::string providerId, std::string modelId)
     : providerId_(std::move(providerId)), modelId_(std::move(modelId)) {}
 
 VisionResponse MockProvider::describe(const VisionRequest& request, std::stop_token) const {
-  static const std::vector<ExtractedFrame> none;
-  const std::vector<ExtractedFrame>& frames = request.frames ? *request.frames : none;
+  const std::vector<ExtractedFrame>& frames = framesOf(request.frames);
   return {.rawText = prettyOrEmptyObject(mockAnswer(request.sourceContext.filename, frames)),
           .modelId = modelId_,
           .inputTokens = static_cast<std::int64_t>(frames.size()) * 1000,

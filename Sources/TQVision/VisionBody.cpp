@@ -14,8 +14,7 @@ std::string bodyStart(const std::string& modelId, const VisionRequest& request) 
 }
 
 std::string joinedBody(const VisionBody& body, const Shared<std::vector<ExtractedFrame>>& frames) {
-  static const std::vector<ExtractedFrame> none;
-  const std::vector<ExtractedFrame>& pictures = frames ? *frames : none;
+  const std::vector<ExtractedFrame>& pictures = framesOf(frames);
 
   std::size_t size = body.head.size() + body.tail.size();
   for (const ExtractedFrame& frame : pictures)

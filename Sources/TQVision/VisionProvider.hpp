@@ -26,6 +26,9 @@ struct VisionRequest {
   bool operator==(const VisionRequest&) const = default;
 };
 
+/// The frames of a request, none where there is no value.
+const std::vector<ExtractedFrame>& framesOf(const Shared<std::vector<ExtractedFrame>>& frames);
+
 /// What a model answered.
 struct VisionResponse {
   std::string rawText;                       ///< as it came, unparsed

@@ -226,24 +226,6 @@ TEST(FieldWithDefault, IsAlwaysWritten) {
             R"({"folders":["/tmp"],"inner":{"count":7,"note":"seven"},"name":"unnamed"})");
 }
 
-TEST(DecodeList, ReadsAndWritesRecordsInOrder) {
-  const JSONValue value = parseJSON(R"([{"count":2},{"count":1,"note":"n"}])");
-  const auto inners = decodeList<Inner>(value);
-  EXPECT_EQ(inners, (std::vector<Inner>{{2, std::nullopt}, {1, "n"}}));
-  EXPECT_EQ(encodeList(inners), value);
-  EXPECT_EQ(writeJSON(encodeList(std::vector<Inner>()), JSONLayout::compact), "[]");
-}
-
-TEST(DecodeList, NamesTheElementAtFault) {
-  try {
-    decodeList<Inner>(parseJSON(R"([{"count":2},{"count":"x"}])"));
-    FAIL();
-  } catch (const DecodingError& error) {
-    EXPECT_STREQ(error.what(), "[1].count: expected a whole number, found text");
-  }
-  EXPECT_THROW(decodeList<Inner>(parseJSON("{}")), DecodingError);
-}
-
 TEST(RecordHashing, EqualRecordsHashEqually) {
   EXPECT_EQ(hashOf(decode<Sample>(sampleJSON())), hashOf(decode<Sample>(sampleJSON())));
   Sample plus = decode<Sample>(sampleJSON());
