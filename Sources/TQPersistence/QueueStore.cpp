@@ -127,10 +127,10 @@ std::vector<Job> restoredJobs(const JSONValue& json) {
 
 }  // namespace
 
-void QueueStore::save(const std::vector<Job>& jobs) const {
+void QueueStore::save(std::span<const std::shared_ptr<const Job>> jobs) const {
   JSONValue::Array entries;
-  for (const Job& job : jobs)
-    if (isWorthKeeping(job)) entries.push_back(persistedJobTable.write(persisted(job)));
+  for (const auto& job : jobs)
+    if (isWorthKeeping(*job)) entries.push_back(persistedJobTable.write(persisted(*job)));
   writeStoreFile(url, entries, StoreFileMode::ownerOnly);
 }
 

@@ -78,6 +78,13 @@ Job wholeJobWith(JobStatus status) {
   return job;
 }
 
+void save(const QueueStore& store, const std::vector<Job>& jobs) {
+  std::vector<std::shared_ptr<const Job>> shared;
+  for (const Job& job : jobs)
+    shared.push_back(std::make_shared<const Job>(job));
+  store.save(shared);
+}
+
 std::vector<fs::path> sourcesOf(const std::vector<Job>& jobs) {
   std::vector<fs::path> sources;
   for (const Job& job : jobs)
@@ -107,13 +114,13 @@ class QueueStoreTest : public testing::Test {
   }
 
   std::vector<Job> savedAndLoaded(const std::vector<Job>& jobs) const {
-    store.save(jobs);
+    save(store, jobs);
     return store.load();
   }
 
   /// The only entry that a save of `job` leaves in the file.
   JSONValue savedEntry(const Job& job) const {
-    store.save({job});
+    save(store, {job});
     const JSONValue content = parseJSON(contentOf(file));
     EXPECT_EQ(content.asArray()->size(), 1u);
     return content.asArray()->at(0);
@@ -141,13 +148,13 @@ TEST_F(QueueStoreTest, WhatIsAbsentIsLeftOut) {
 }
 
 TEST_F(QueueStoreTest, ADoneJobAloneLeavesAnEmptyArray) {
-  store.save({jobWith(JobStatus::queued)});
-  store.save({jobWith(JobStatus::done)});
+  save(store, {jobWith(JobStatus::queued)});
+  save(store, {jobWith(JobStatus::done)});
   EXPECT_EQ(parseJSON(contentOf(file)), JSONValue(JSONValue::Array()));
 }
 
 TEST_F(QueueStoreTest, AnEmptyQueueIsAnEmptyArrayInAFileThatStays) {
-  store.save({});
+  save(store, {});
   EXPECT_EQ(parseJSON(contentOf(file)), JSONValue(JSONValue::Array()));
   EXPECT_TRUE(store.load().empty());
 }
@@ -156,7 +163,7 @@ TEST_F(QueueStoreTest, OnlyDoneAndCancelledJobsAreDropped) {
   std::vector<Job> jobs;
   for (const std::string_view raw : rawValues<JobStatus>)
     jobs.push_back(jobWith(*fromRawValue<JobStatus>(raw)));
-  store.save(jobs);
+  save(store, jobs);
   std::vector<std::string> kept;
   const JSONValue content = parseJSON(contentOf(file));
   for (const JSONValue& entry : *content.asArray())
@@ -165,7 +172,7 @@ TEST_F(QueueStoreTest, OnlyDoneAndCancelledJobsAreDropped) {
 }
 
 TEST_F(QueueStoreTest, TheFileIsPrettyAndItsKeysAreSorted) {
-  store.save({wholeJobWith(JobStatus::failed)});
+  save(store, {wholeJobWith(JobStatus::failed)});
   const std::string text = contentOf(file);
   EXPECT_NE(text.find('\n'), std::string::npos);
   EXPECT_NE(text.find("/clips/a.mov"), std::string::npos);
@@ -316,7 +323,7 @@ TEST_F(QueueStoreTest, ADateOfTheFileIsWrittenAgainAsItWas) {
   for (int index = 0; index < 1000; ++index)
     content += (index == 0 ? "[" : ",") + entryWith({{"createdAt", 817'034'400 + 0.0123457 * index}});
   content += "]";
-  store.save(loaded(content));
+  save(store, loaded(content));
   EXPECT_EQ(parseJSON(contentOf(file)), parseJSON(content));
 }
 
@@ -403,13 +410,13 @@ TEST_F(QueueStoreTest, EndlessNestingIsAnEmptyQueue) {
 TEST_F(QueueStoreTest, AFolderInPlaceOfTheFileIsAnEmptyQueueAndFailsTheSave) {
   fs::create_directory(file);
   EXPECT_TRUE(store.load().empty());
-  EXPECT_THROW(store.save({}), SystemError);
+  EXPECT_THROW(save(store, {}), SystemError);
 }
 
 TEST_F(QueueStoreTest, ANamedPipeIsAnEmptyQueueAndBlocksNobody) {
   ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
   EXPECT_TRUE(store.load().empty());
-  EXPECT_THROW(store.save({}), SystemError);
+  EXPECT_THROW(save(store, {}), SystemError);
 }
 
 TEST_F(QueueStoreTest, AQueueOfTensOfThousandsOfClipsIsReadInFull) {
@@ -429,10 +436,10 @@ TEST_F(QueueStoreTest, AFileOfAbsurdSizeIsAnEmptyQueue) {
 
 TEST_F(QueueStoreTest, ADiskThatIsFullIsReportedAndTheOldFileStaysWhole) {
   const std::vector<Job> jobs{jobWith(JobStatus::queued)};
-  store.save(jobs);
+  save(store, jobs);
   {
     const FileSizeLimit limit(100);
-    EXPECT_THROW(store.save({wholeJobWith(JobStatus::failed)}), SystemError);
+    EXPECT_THROW(save(store, {wholeJobWith(JobStatus::failed)}), SystemError);
   }
   EXPECT_EQ(store.load(), jobs);
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"queue.json"});
@@ -440,25 +447,25 @@ TEST_F(QueueStoreTest, ADiskThatIsFullIsReportedAndTheOldFileStaysWhole) {
 
 TEST_F(QueueStoreTest, WhatJSONCannotHoldIsReportedAndTheOldFileStaysWhole) {
   const std::vector<Job> jobs{jobWith(JobStatus::queued)};
-  store.save(jobs);
+  save(store, jobs);
   Job impossible = wholeJobWith(JobStatus::queued);
   impossible.engineSnapshot->modelId = "\xFF";
-  EXPECT_THROW(store.save({impossible}), JSONError);
+  EXPECT_THROW(save(store, {impossible}), JSONError);
   EXPECT_EQ(store.load(), jobs);
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"queue.json"});
 }
 
 TEST_F(QueueStoreTest, ASaveIntoAMissingFolderIsReported) {
-  EXPECT_THROW(QueueStore{folder / "missing/queue.json"}.save({}), SystemError);
+  EXPECT_THROW(save(QueueStore{folder / "missing/queue.json"}, {}), SystemError);
 }
 
 // Permissions
 
 TEST_F(QueueStoreTest, TheFileIsForItsOwnerAlone) {
-  store.save({});
+  save(store, {});
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
   fs::permissions(file, fs::perms(0644));
-  store.save({});
+  save(store, {});
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
 }
 
@@ -474,7 +481,7 @@ TEST_F(QueueStoreTest, AFileSystemThatKnowsNoModesKeepsTheQueueAllTheSame) {
 TEST(QueueStore, TheUsersStoreLivesInThePrivateFolder) {
   const TemporaryFolder base;
   const QueueStore store{AppSupportPaths(base.path()).queueURL()};
-  store.save({jobWith(JobStatus::queued)});
+  save(store, {jobWith(JobStatus::queued)});
   EXPECT_TRUE(fs::exists(base / "tarquel/queue.json"));
   EXPECT_EQ(store, QueueStore{base / "tarquel/queue.json"});
 }
