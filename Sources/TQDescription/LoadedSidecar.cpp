@@ -1,0 +1,21 @@
+#include "TQDescription/LoadedSidecar.hpp"
+
+#include "TQCore/ValueCodec.hpp"
+#include "TQDescription/MediaPathResolver.hpp"
+
+namespace tq {
+
+std::filesystem::path LoadedSidecar::posterURL() const {
+  return std::filesystem::path(sidecarURL).replace_extension("jpg");
+}
+
+std::optional<std::filesystem::path> LoadedSidecar::sourceVideoURL() const {
+  return MediaPathResolver::resolve(sidecarURL, result->source.filename);
+}
+
+template <>
+std::size_t hashOf(const LoadedSidecar& sidecar) {
+  return hashOfValues(sidecar.sidecarURL, *sidecar.result);
+}
+
+}  // namespace tq
