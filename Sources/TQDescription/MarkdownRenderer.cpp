@@ -7,6 +7,7 @@
 #include "TQCore/Models/ExtractedFrame.hpp"
 #include "TQDescription/FileSizeText.hpp"
 #include "TQDescription/GPSText.hpp"
+#include "TQDescription/JoinedText.hpp"
 #include "TQDescription/SidecarNames.hpp"
 #include "TQPlatform/DateText.hpp"
 #include "TQPlatform/NumberText.hpp"
@@ -23,15 +24,6 @@ bool isNonEmpty(const std::optional<std::string>& text) {
 template <class T>
 bool hasElements(const std::optional<std::vector<T>>& list) {
   return list && !list->empty();
-}
-
-std::string joined(const Texts& parts, std::string_view separator) {
-  std::string text;
-  for (const std::string& part : parts) {
-    if (&part != &parts.front()) text += separator;
-    text += part;
-  }
-  return text;
 }
 
 /// Every part between `opening` and `closing`.

@@ -1,17 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Support/TemporaryFolder.hpp"
+#include "GoldenText.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
 
 namespace tq {
 namespace {
 
+using test::golden;
 using testing::HasSubstr;
-
-std::string golden(const std::string& name) {
-  return test::contentOf(std::filesystem::path(TQ_GOLDEN_FOLDER) / name);
-}
 
 /// What stands between two pieces of the text.
 std::string between(const std::string& text, const std::string& start, const std::string& end) {
