@@ -193,4 +193,9 @@ void writeFileAtomically(const fs::path& path, ByteView content, std::optional<F
     throwErrno(path);
 }
 
+void replaceFile(const fs::path& finished, const fs::path& target) {
+  if (const std::optional<FileMode> kept = modeToKeep(target)) setFileMode(finished, *kept);
+  if (::rename(finished.c_str(), target.c_str()) != 0) throwErrno(target);
+}
+
 }  // namespace tq

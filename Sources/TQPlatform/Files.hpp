@@ -60,4 +60,9 @@ void setFileMode(const std::filesystem::path& path, FileMode mode);
 void writeFileAtomically(const std::filesystem::path& path, ByteView content,
                          std::optional<FileMode> mode = std::nullopt);
 
+/// Gives a finished file of the same file system the name `target`, in one step and in place of a file that has it.
+/// What must not be replaced, what is kept of it and what becomes of a symbolic link: as for `writeFileAtomically`.
+/// Nothing is forced to the disk. Throws a `SystemError` that names `target`; both files are then as they were.
+void replaceFile(const std::filesystem::path& finished, const std::filesystem::path& target);
+
 }  // namespace tq

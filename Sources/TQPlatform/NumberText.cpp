@@ -42,6 +42,13 @@ std::string fixedText(double value, int digits) {
   return text;
 }
 
+std::string paddedText(std::int64_t value, int digits) {
+  std::string text = std::to_string(value);
+  const std::size_t wanted = static_cast<std::size_t>(std::max(digits, 0));
+  if (text.size() < wanted) text.insert(value < 0 ? 1 : 0, wanted - text.size(), '0');
+  return text;
+}
+
 std::string shortestText(double value) {
   std::array<char, 32> buffer;
   char* const first = buffer.data();

@@ -19,6 +19,9 @@ std::optional<std::int64_t> parseInteger(std::string_view text);
 /// What C's "%.<digits>f" prints.
 std::string fixedText(double value, int digits);
 
+/// What C's "%0<digits>d" prints: at least so many characters, filled up with zeros.
+std::string paddedText(std::int64_t value, int digits);
+
 /// The shortest decimal form that reads back as the same double, always with a fractional part ("30.0") or an exponent.
 std::string shortestText(double value);
 

@@ -186,6 +186,49 @@ TEST(WriteFileAtomically, ManyWritersOfOneFileLeaveOneWholeContent) {
   EXPECT_EQ(namesIn(folder.path()).size(), 1u);
 }
 
+TEST(ReplaceFile, GivesTheFileItsName) {
+  const TemporaryFolder folder;
+  replaceFile(folder.write("work/a.part", "new"), folder / "a");
+  EXPECT_EQ(contentOf(folder / "a"), "new");
+  EXPECT_TRUE(namesIn(folder / "work").empty());
+}
+
+TEST(ReplaceFile, AnOldFileIsReplacedAndItsModeKept) {
+  const TemporaryFolder folder;
+  setFileMode(folder.write("a", "old"), 0640);
+  replaceFile(folder.write("a.part", "new"), folder / "a");
+  EXPECT_EQ(contentOf(folder / "a"), "new");
+  EXPECT_EQ(modeOf(folder / "a"), 0640u);
+}
+
+TEST(ReplaceFile, WhatMustNotBeReplacedStaysAndIsNamed) {
+  const TemporaryFolder folder;
+  const fs::path finished = folder.write("a.part", "new");
+  const fs::path locked = folder.write("locked", "old");
+  setFileMode(locked, 0444);
+  fs::create_directory(folder / "folder");
+  EXPECT_EQ(failureOf([&] { replaceFile(finished, locked); }), EACCES);
+  EXPECT_EQ(failureOf([&] { replaceFile(finished, folder / "folder"); }), EISDIR);
+  EXPECT_EQ(failureOf([&] { replaceFile(finished, folder / "none" / "a"); }), ENOENT);
+  EXPECT_EQ(contentOf(locked), "old");
+  EXPECT_EQ(contentOf(finished), "new");
+  try {
+    replaceFile(folder / "missing", folder / "target");
+    ADD_FAILURE();
+  } catch (const SystemError& error) {
+    EXPECT_STREQ(error.what(), "target: No such file or directory");
+  }
+}
+
+TEST(ReplaceFile, ALinkIsReplacedAndItsTargetLeftAlone) {
+  const TemporaryFolder folder;
+  fs::create_symlink(folder.write("elsewhere", "old"), folder / "link");
+  replaceFile(folder.write("a.part", "new"), folder / "link");
+  EXPECT_FALSE(fs::is_symlink(folder / "link"));
+  EXPECT_EQ(contentOf(folder / "link"), "new");
+  EXPECT_EQ(contentOf(folder / "elsewhere"), "old");
+}
+
 TEST(FileReader, ReadsInPiecesAndEndsWithZero) {
   const TemporaryFolder folder;
   FileReader reader(folder.write("a", "abcdefg"));

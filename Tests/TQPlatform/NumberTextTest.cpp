@@ -64,6 +64,21 @@ TEST(FixedText, HasRoomForTheLongestNumbers) {
   EXPECT_EQ(fixedText(5e-324, 400).size(), 402u);
 }
 
+TEST(PaddedText, FillsUpWithZerosAndNeverCuts) {
+  EXPECT_EQ(paddedText(7, 2), "07");
+  EXPECT_EQ(paddedText(42, 2), "42");
+  EXPECT_EQ(paddedText(100, 2), "100");
+  EXPECT_EQ(paddedText(0, 3), "000");
+  EXPECT_EQ(paddedText(5, 0), "5");
+  EXPECT_EQ(paddedText(5, -3), "5");
+}
+
+TEST(PaddedText, CountsTheSignAsCDoes) {
+  EXPECT_EQ(paddedText(-5, 2), "-5");
+  EXPECT_EQ(paddedText(-5, 4), "-005");
+  EXPECT_EQ(paddedText(std::numeric_limits<std::int64_t>::min(), 22), "-009223372036854775808");
+}
+
 TEST(ShortestText, AlwaysLooksLikeADouble) {
   EXPECT_EQ(shortestText(30), "30.0");
   EXPECT_EQ(shortestText(0), "0.0");
