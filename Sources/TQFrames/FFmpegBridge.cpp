@@ -31,12 +31,6 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
   return pieces;
 }
 
-/// The path as an argument: absolute, so that a name that begins with a dash is not taken for an option, nor one with a
-/// colon for a protocol.
-std::string argumentFor(const fs::path& url) {
-  return fs::absolute(url).string();
-}
-
 /// Every tool's failure but a missing one is this error.
 TQError failure(const std::string& text) {
   return TQError::frameExtractionFailed(text);
@@ -106,6 +100,10 @@ std::optional<GPS> place(const JSONValue& tags) {
 
 }  // namespace
 
+std::string toolArgument(const fs::path& file) {
+  return fs::absolute(file).string();
+}
+
 ToolSearch ToolSearch::standard() {
   const char* path = std::getenv("PATH");
   return {.folders = {"/opt/homebrew/bin", "/usr/local/bin", "/opt/local/bin", "/usr/bin"},
@@ -146,14 +144,14 @@ ToolOutput FFmpegBridge::runProcess(const fs::path& program, const std::vector<s
 
 VideoMetadata FFmpegBridge::probe(const fs::path& url) const {
   const ToolOutput answer = runProcess(
-      ffprobeURL, {"-v", "error", "-print_format", "json", "-show_streams", "-show_format", argumentFor(url)});
+      ffprobeURL, {"-v", "error", "-print_format", "json", "-show_streams", "-show_format", toolArgument(url)});
   if (answer.status != 0) throw failure("ffprobe exit status " + std::to_string(answer.status));
   return parseProbe(answer.output, url);
 }
 
 Image FFmpegBridge::extractFrame(double seconds, const fs::path& url) const {
   const std::string time = fixedText(std::max(0.0, seconds), 3);
-  const ToolOutput answer = runFFmpeg({"-v", "error", "-ss", time, "-i", argumentFor(url), "-frames:v", "1", "-f",
+  const ToolOutput answer = runFFmpeg({"-v", "error", "-ss", time, "-i", toolArgument(url), "-frames:v", "1", "-f",
                                        "image2pipe", "-vcodec", "mjpeg", "-q:v", "2", "-"});
   const std::string asked = shortestText(seconds) + "s";
   if (answer.status != 0 || answer.output.empty())

@@ -22,6 +22,10 @@ struct ToolSearch {
   static ToolSearch standard();
 };
 
+/// A file as an argument of these tools: absolute, so that a name that begins with a dash is not taken for an option,
+/// nor one with a colon for a protocol.
+std::string toolArgument(const std::filesystem::path& file);
+
 /// What a tool wrote to its standard output, and its exit status or the number of the signal that ended it.
 struct ToolOutput {
   Bytes output;
