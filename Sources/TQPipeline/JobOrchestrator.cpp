@@ -34,9 +34,10 @@ void JobOrchestrator::updateSettings(AppSettings settings) {
 
 void JobOrchestrator::add(std::vector<Job> jobs) {
   const auto held = monitor_.enter();
-  for (const Job& job : jobs)
+  for (Job& job : jobs) {
     remember(job);
-  std::move(jobs.begin(), jobs.end(), std::back_inserter(pending_));
+    pending_.append(std::move(job));
+  }
   drain();
 }
 
@@ -46,7 +47,7 @@ void JobOrchestrator::cancel(const UUID& jobID) {
   if (known != current_.end() && isTerminal(known->second.status)) return;
   cancelled_.insert(jobID);
   if (const auto running = inFlight_.find(jobID); running != inFlight_.end()) running->second.stopSource.request_stop();
-  std::erase_if(pending_, [&](const Job& job) { return job.id == jobID; });
+  pending_.remove(jobID);
   if (known == current_.end()) return;
   Job job = known->second;
   job.status = JobStatus::cancelled;
@@ -79,7 +80,7 @@ void JobOrchestrator::drain() {
       if (!inFlight_.empty()) return;
       recordFailure(next, error, {});
     }
-    pending_.pop_front();
+    pending_.removeFront();
   }
 }
 

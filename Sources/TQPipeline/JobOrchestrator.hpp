@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <functional>
 #include <map>
@@ -18,6 +17,7 @@
 #include "TQPersistence/SecretsStore.hpp"
 #include "TQPersistence/Settings.hpp"
 #include "TQPipeline/JobStages.hpp"
+#include "TQPipeline/WaitingList.hpp"
 #include "TQPlatform/Monitor.hpp"
 #include "TQPlatform/SerialQueue.hpp"
 #include "TQPlatform/Tasks.hpp"
@@ -91,7 +91,6 @@ class JobOrchestrator {
   std::optional<TranscriptInfo> runTranscription(const std::filesystem::path& sourceURL, Monitor::Held& held,
                                                  const std::stop_token& stop);
   std::unique_ptr<VisionProvider> buildProvider() const;
-  EngineSnapshot currentEngineSnapshot() const;
   std::string keyFor(const std::string& account) const;
   void finish(Job& job, const VisionResponse& response, const std::string& providerId, SourceMetadata source,
               std::optional<TranscriptInfo> transcript, const FaceMap& faces, const TextMap& texts);
@@ -101,7 +100,7 @@ class JobOrchestrator {
   const std::shared_ptr<const SecretsStore> secrets_;
   const JobStages stages_;
   const UpdateHandler onUpdate_;
-  std::deque<Job> pending_;
+  WaitingList pending_;
   std::unordered_map<UUID, Run> inFlight_;
   std::unordered_map<UUID, Job> current_;
   std::unordered_set<UUID> cancelled_;

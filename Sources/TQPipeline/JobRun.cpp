@@ -10,6 +10,7 @@
 #include "TQDescription/DescriptionBuilder.hpp"
 #include "TQDescription/FaceAttachment.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
+#include "TQPipeline/ConfiguredEngine.hpp"
 #include "TQPipeline/JobOrchestrator.hpp"
 #include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/Files.hpp"
@@ -89,7 +90,7 @@ void JobOrchestrator::recordFailure(Job job, const std::exception& error, const 
 
 void JobOrchestrator::perform(Job& job, Monitor::Held& held, const std::stop_token& stop) {
   throwIfStopped(stop);
-  job.engineSnapshot = currentEngineSnapshot();
+  job.engineSnapshot = currentEngineSnapshot(settings_);
   job.status = JobStatus::extracting;
   job.progress = 0;
   publish(job);
@@ -271,14 +272,6 @@ std::unique_ptr<VisionProvider> JobOrchestrator::buildProvider() const {
   if (settings_.providerId == rawValue(ProviderProfile::mock))
     return std::make_unique<MockProvider>(settings_.providerId, MockDefaults::defaultModel);
   throw TQError::apiKeyMissing(settings_.providerId);
-}
-
-EngineSnapshot JobOrchestrator::currentEngineSnapshot() const {
-  return {.providerId = settings_.providerId,
-          .providerDisplay = std::string(displayName(providerProfile(settings_.providerId))),
-          .modelId = settings_.modelId,
-          .promptProfile = std::string(rawValue(settings_.promptProfile)),
-          .samplingStrategy = std::string(rawValue(settings_.sampling.strategy))};
 }
 
 }  // namespace tq
