@@ -70,29 +70,19 @@ BreakIterator characterBreaks() {
   return copy;
 }
 
-/// Walks over at most `limit` characters of `text`.
-struct Walk {
-  std::size_t characters = 0;
-  std::size_t bytes = 0;
-};
+using Text = std::unique_ptr<UText, decltype(&utext_close)>;
 
-Walk walkCharacters(std::string_view text, std::size_t limit) {
+Text opened(std::string_view text) {
   UErrorCode code = U_ZERO_ERROR;
-  const BreakIterator breaks = characterBreaks();
-  const std::unique_ptr<UText, decltype(&utext_close)> source(
-      utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &code), &utext_close);
+  Text source(utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &code), &utext_close);
   check(code);
-  ubrk_setUText(breaks.get(), source.get(), &code);
-  check(code);
+  return source;
+}
 
-  Walk walk;
-  while (walk.characters < limit) {
-    const std::int32_t boundary = ubrk_next(breaks.get());
-    if (boundary == UBRK_DONE) break;
-    ++walk.characters;
-    walk.bytes = static_cast<std::size_t>(boundary);
-  }
-  return walk;
+/// True for a code point that joins neither what stands before nor what stands behind it, unless that does: between two
+/// of them there is always a boundary (UAX 29, GB999). A malformed sequence is one, as U+FFFD is.
+bool joinsNothing(UChar32 codePoint) {
+  return codePoint < 0 || u_getIntPropertyValue(codePoint, UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
 }
 
 }  // namespace
@@ -116,15 +106,64 @@ std::string validUTF8(std::string_view text) {
   return valid;
 }
 
+struct CharacterWalk::Breaks {
+  explicit Breaks(std::string_view text) : source(opened(text)), iterator(characterBreaks()) {
+    UErrorCode code = U_ZERO_ERROR;
+    ubrk_setUText(iterator.get(), source.get(), &code);
+    check(code);
+  }
+
+  Text source;
+  BreakIterator iterator;
+};
+
+CharacterWalk::CharacterWalk(std::string_view text) : text_(text) {}
+
+CharacterWalk::~CharacterWalk() = default;
+
+std::size_t CharacterWalk::nextBoundary() {
+  std::int32_t next = static_cast<std::int32_t>(position_);
+  if (next == signedSize(text_)) return position_;
+  const bool firstJoinsNothing = joinsNothing(nextCodePoint(text_, next));
+  const std::int32_t boundary = next;
+  if (boundary == signedSize(text_)) return text_.size();
+  if (firstJoinsNothing && joinsNothing(nextCodePoint(text_, next))) return static_cast<std::size_t>(boundary);
+
+  if (!breaks_) breaks_ = std::make_unique<Breaks>(text_);
+  return static_cast<std::size_t>(ubrk_following(breaks_->iterator.get(), static_cast<std::int32_t>(position_)));
+}
+
+std::vector<std::string_view> characters(std::string_view text) {
+  std::vector<std::string_view> all;
+  CharacterWalk walk(text);
+  for (std::string_view character = walk.next(); !character.empty(); character = walk.next())
+    all.push_back(character);
+  return all;
+}
+
+bool isWhiteSpace(std::string_view character) {
+  std::int32_t position = 0;
+  return !character.empty() && u_isUWhiteSpace(nextCodePoint(character, position));
+}
+
 std::size_t characterCount(std::string_view text) {
-  return isPlainASCII(text) ? text.size() : walkCharacters(text, text.size()).characters;
+  if (isPlainASCII(text)) return text.size();
+  CharacterWalk walk(text);
+  std::size_t count = 0;
+  while (!walk.next().empty())
+    ++count;
+  return count;
 }
 
 std::string_view characterPrefix(std::string_view text, std::size_t count) {
   if (count >= text.size()) return text;
   // The byte behind the prefix counts too: it may belong to the last character.
   if (isPlainASCII(text.substr(0, count + 1))) return text.substr(0, count);
-  return text.substr(0, walkCharacters(text, count).bytes);
+  CharacterWalk walk(text);
+  std::size_t size = 0;
+  while (count-- > 0)
+    size += walk.next().size();
+  return text.substr(0, size);
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tq {
 
@@ -17,6 +19,44 @@ bool isValidUTF8(std::string_view text);
 std::string validUTF8(std::string_view text);
 
 std::size_t characterCount(std::string_view text);
+
+/// Goes through a text character by character. Characters are views into the text, which must outlive the walk. Where a
+/// boundary can be told from the two code points at it no iterator of the library is made, so most texts cost little.
+class CharacterWalk {
+ public:
+  explicit CharacterWalk(std::string_view text);
+  ~CharacterWalk();
+  CharacterWalk(const CharacterWalk&) = delete;
+  CharacterWalk& operator=(const CharacterWalk&) = delete;
+
+  /// The next character; empty behind the last one.
+  std::string_view next() {
+    const std::size_t start = position_;
+    if (start + 1 < text_.size() && isOneByte(text_[start]) && isOneByte(text_[start + 1]))
+      ++position_;
+    else
+      position_ = nextBoundary();
+    return text_.substr(start, position_ - start);
+  }
+
+ private:
+  struct Breaks;
+
+  /// ASCII that is a character of its own before any other ASCII, which a carriage return before a line feed is not.
+  static bool isOneByte(char c) { return static_cast<unsigned char>(c) < 0x80 && c != '\r'; }
+
+  std::size_t nextBoundary();
+
+  std::string_view text_;
+  std::size_t position_ = 0;
+  std::unique_ptr<Breaks> breaks_;  ///< made when first needed
+};
+
+/// All characters, as views into the text.
+std::vector<std::string_view> characters(std::string_view text);
+
+/// True for a character of white space: one that begins with such a code point, as CR LF does.
+bool isWhiteSpace(std::string_view character);
 
 /// The first `count` characters, or the whole text when it has no more.
 std::string_view characterPrefix(std::string_view text, std::size_t count);

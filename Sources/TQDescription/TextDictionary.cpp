@@ -1,0 +1,64 @@
+#include "TQDescription/TextDictionary.hpp"
+
+#include <functional>
+#include <limits>
+#include <stdexcept>
+
+namespace tq {
+namespace {
+
+constexpr std::size_t fewestSlots = 64;
+
+std::uint32_t hashOfText(std::string_view text) {
+  return static_cast<std::uint32_t>(std::hash<std::string_view>()(text));
+}
+
+}  // namespace
+
+TextDictionary::Number TextDictionary::add(std::string_view text) {
+  if (2 * (size() + 1) > slots_.size()) grow();
+  const std::uint32_t hash = hashOfText(text);
+  std::uint32_t& slot = slots_[slotOf(text, hash)];
+  if (slot != 0) return slot - 1;
+
+  if (size() == std::numeric_limits<Number>::max()) throw std::length_error("TextDictionary: too many texts");
+  texts_ += text;
+  ends_.push_back(texts_.size());
+  hashes_.push_back(hash);
+  slot = static_cast<Number>(size());
+  return slot - 1;
+}
+
+std::optional<TextDictionary::Number> TextDictionary::find(std::string_view text) const {
+  if (slots_.empty()) return std::nullopt;
+  const std::uint32_t slot = slots_[slotOf(text, hashOfText(text))];
+  if (slot == 0) return std::nullopt;
+  return slot - 1;
+}
+
+std::string_view TextDictionary::text(Number number) const {
+  const std::size_t start = number == 0 ? 0 : ends_[number - 1];
+  return std::string_view(texts_).substr(start, ends_[number] - start);
+}
+
+std::size_t TextDictionary::slotOf(std::string_view sought, std::uint32_t hash) const {
+  const std::size_t mask = slots_.size() - 1;
+  std::size_t slot = hash & mask;
+  while (slots_[slot] != 0 && (hashes_[slots_[slot] - 1] != hash || text(slots_[slot] - 1) != sought))
+    slot = (slot + 1) & mask;
+  return slot;
+}
+
+void TextDictionary::grow() {
+  std::vector<std::uint32_t> larger(std::max(2 * slots_.size(), fewestSlots));
+  const std::size_t mask = larger.size() - 1;
+  for (std::size_t number = 0; number < size(); ++number) {
+    std::size_t slot = hashes_[number] & mask;
+    while (larger[slot] != 0)
+      slot = (slot + 1) & mask;
+    larger[slot] = static_cast<std::uint32_t>(number + 1);
+  }
+  slots_ = std::move(larger);
+}
+
+}  // namespace tq
