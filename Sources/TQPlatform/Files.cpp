@@ -181,12 +181,18 @@ void setFileMode(const fs::path& path, FileMode mode) {
 }
 
 void writeFileAtomically(const fs::path& path, ByteView content, std::optional<FileMode> mode) {
+  streamFileAtomically(
+      path, [&](const FileSink& sink) { sink(content); }, mode);
+}
+
+void streamFileAtomically(const fs::path& path, const std::function<void(const FileSink&)>& produce,
+                          std::optional<FileMode> mode) {
   const std::optional<FileMode> kept = modeToKeep(path);
   const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
   const Descriptor folder(uninterrupted([&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   if (!folder) throwErrno(path);
   TemporaryFile temporary(folder.get(), path, mode ? mode : kept);
-  temporary.write(content);
+  produce([&](ByteView bytes) { temporary.write(bytes); });
   temporary.putInPlace();
   // Some network and user-space file systems know no fsync of a folder.
   if (uninterrupted([&] { return ::fsync(folder.get()); }) != 0 && errno != EINVAL && errno != ENOTSUP)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 
@@ -64,5 +65,13 @@ void writeFileAtomically(const std::filesystem::path& path, ByteView content,
 /// What must not be replaced, what is kept of it and what becomes of a symbolic link: as for `writeFileAtomically`.
 /// Nothing is forced to the disk. Throws a `SystemError` that names `target`; both files are then as they were.
 void replaceFile(const std::filesystem::path& finished, const std::filesystem::path& target);
+
+/// Takes the next bytes of a file. Throws `SystemError`.
+using FileSink = std::function<void(ByteView bytes)>;
+
+/// `writeFileAtomically` for content that is never whole in memory: `produce` hands it over piece by piece. What
+/// `produce` throws leaves the old file untouched as well.
+void streamFileAtomically(const std::filesystem::path& path, const std::function<void(const FileSink& sink)>& produce,
+                          std::optional<FileMode> mode = std::nullopt);
 
 }  // namespace tq

@@ -119,6 +119,27 @@ TEST(WriteFileAtomically, AFailedWriteLeavesTheOldFileAndNoTemporaryOne) {
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"a"});
 }
 
+TEST(StreamFileAtomically, TakesItsContentInPieces) {
+  const TemporaryFolder folder;
+  streamFileAtomically(folder / "a", [](const FileSink& sink) {
+    for (const std::string_view piece : {"one, ", "", "two"})
+      sink(viewOf(piece));
+  });
+  EXPECT_EQ(contentOf(folder / "a"), "one, two");
+}
+
+TEST(StreamFileAtomically, WhoeverBreaksOffBetweenPiecesLeavesTheOldFileAndNoTemporaryOne) {
+  const TemporaryFolder folder;
+  folder.write("a", "old");
+  const auto breakOff = [](const FileSink& sink) {
+    sink(viewOf("half of the new"));
+    throw std::runtime_error("no more");
+  };
+  EXPECT_THROW(streamFileAtomically(folder / "a", breakOff), std::runtime_error);
+  EXPECT_EQ(contentOf(folder / "a"), "old");
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"a"});
+}
+
 TEST(WriteFileAtomically, TheErrorNamesTheTargetNotTheTemporaryFile) {
   const TemporaryFolder folder;
   try {
