@@ -128,10 +128,12 @@ std::vector<Job> restoredJobs(const JSONValue& json) {
 }  // namespace
 
 void QueueStore::save(std::span<const std::shared_ptr<const Job>> jobs) const {
-  JSONValue::Array entries;
+  std::vector<const Job*> kept;
   for (const auto& job : jobs)
-    if (isWorthKeeping(*job)) entries.push_back(persistedJobTable.write(persisted(*job)));
-  writeStoreFile(url, entries, StoreFileMode::ownerOnly);
+    if (isWorthKeeping(*job)) kept.push_back(job.get());
+  const auto entry = [&kept](std::size_t index) { return persistedJobTable.write(persisted(*kept[index])); };
+  // One entry at a time: the tree of a long queue is ten times its text, and most of the time went into building it.
+  writeStoreFile(url, writeJSONList(kept.size(), entry, JSONLayout::pretty), StoreFileMode::ownerOnly);
 }
 
 std::vector<Job> QueueStore::load() const {

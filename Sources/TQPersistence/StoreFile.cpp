@@ -19,8 +19,7 @@ std::string storeText(const JSONValue& value) {
   return writeJSON(value, JSONLayout::pretty);
 }
 
-void writeStoreFile(const std::filesystem::path& url, const JSONValue& value, StoreFileMode mode) {
-  const std::string text = storeText(value);
+void writeStoreFile(const std::filesystem::path& url, const std::string& text, StoreFileMode mode) {
   if (mode == StoreFileMode::ownerOnly) {
     try {
       return writeFileAtomically(url, viewOf(text), 0600);

@@ -13,7 +13,8 @@ namespace tq {
 
 // What the stores of private files have in common.
 
-/// The text of a store's file: sorted keys, one value on a line.
+/// The text of a store's file: sorted keys, one value on a line. Throws `JSONError` when `value` holds what JSON
+/// cannot.
 std::string storeText(const JSONValue& value);
 
 enum class StoreFileMode {
@@ -21,9 +22,8 @@ enum class StoreFileMode {
   asItIs,     ///< that of the old file, or what the umask gives
 };
 
-/// Replaces the file in one step. Throws `SystemError` when it cannot be written, `JSONError` when `value` holds what
-/// JSON cannot; the old file is whole then.
-void writeStoreFile(const std::filesystem::path& url, const JSONValue& value, StoreFileMode mode);
+/// Replaces the file in one step. Throws `SystemError` when it cannot be written; the old file is whole then.
+void writeStoreFile(const std::filesystem::path& url, const std::string& text, StoreFileMode mode);
 
 /// The record in the file, or a new one when the file is missing or cannot be used for any reason: a program whose
 /// private files are broken starts all the same.

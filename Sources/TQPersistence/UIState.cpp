@@ -18,7 +18,7 @@ UIState UIStateStore::load() const {
 }
 
 void UIStateStore::save(const UIState& state) const {
-  writeStoreFile(paths_.uiStateURL(), encode(state), StoreFileMode::asItIs);
+  writeStoreFile(paths_.uiStateURL(), storeText(encode(state)), StoreFileMode::asItIs);
 }
 
 }  // namespace tq

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <ranges>
 
 #include "TQPlatform/NumberText.hpp"
 #include "TQPlatform/Unicode.hpp"
@@ -120,6 +121,10 @@ class Writer {
       writeNumber(value);
   }
 
+  void writeList(std::size_t count, const std::function<JSONValue(std::size_t)>& element) {
+    writeMembers(std::views::iota(std::size_t{0}, count), '[', ']', [&](std::size_t index) { write(element(index)); });
+  }
+
  private:
   template <class Container, class WriteMember>
   void writeMembers(const Container& members, char opening, char closing, const WriteMember& writeMember) {
@@ -154,24 +159,31 @@ class Writer {
       throw JSONError("JSON cannot hold text that is not UTF-8: " +
                       validUTF8(characterPrefix(string, quotedCharacters)));
     text_ += '"';
-    for (const char c : string)
-      writeCharacter(c);
+    std::size_t written = 0;
+    for (std::size_t index = 0; index < string.size(); ++index) {
+      if (!needsEscape(string[index])) continue;
+      text_.append(string, written, index - written);
+      writeEscaped(string[index]);
+      written = index + 1;
+    }
+    text_.append(string, written);
     text_ += '"';
   }
 
-  void writeCharacter(char c) {
+  static bool needsEscape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\'; }
+
+  void writeEscaped(char c) {
     constexpr std::string_view special = "\"\\\b\f\n\r\t";
     constexpr std::string_view letters = "\"\\bfnrt";
     constexpr std::string_view hexadecimal = "0123456789abcdef";
     if (const std::size_t index = special.find(c); index != std::string_view::npos) {
       text_ += '\\';
       text_ += letters[index];
-    } else if (const auto code = static_cast<unsigned char>(c); code < 0x20) {
+    } else {
+      const auto code = static_cast<unsigned char>(c);
       text_ += "\\u00";
       text_ += hexadecimal[code >> 4];
       text_ += hexadecimal[code & 0xF];
-    } else {
-      text_ += c;
     }
   }
 
@@ -226,6 +238,12 @@ JSONValue parseJSON(std::string_view text) {
 std::string writeJSON(const JSONValue& value, JSONLayout layout) {
   Writer writer(layout);
   writer.write(value);
+  return writer.take();
+}
+
+std::string writeJSONList(std::size_t count, const std::function<JSONValue(std::size_t)>& element, JSONLayout layout) {
+  Writer writer(layout);
+  writer.writeList(count, element);
   return writer.take();
 }
 

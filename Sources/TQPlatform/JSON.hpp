@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -70,5 +71,9 @@ JSONValue parseJSON(std::string_view text);
 /// Sorted keys, slashes as they are, doubles in their shortest form. Throws `JSONError` for a number that is not finite
 /// and for text that is not UTF-8.
 std::string writeJSON(const JSONValue& value, JSONLayout layout);
+
+/// The text that `writeJSON` gives for a list of `count` elements, without ever holding more than one of them:
+/// `element` makes each from its index.
+std::string writeJSONList(std::size_t count, const std::function<JSONValue(std::size_t)>& element, JSONLayout layout);
 
 }  // namespace tq

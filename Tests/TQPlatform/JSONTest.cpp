@@ -190,6 +190,28 @@ TEST(WriteJSON, RefusesTextAndKeysThatAreNotUTF8WithAMessageThatIs) {
   EXPECT_THROW(compact(JSONValue::Object{{"\xff", 1}}), JSONError);
 }
 
+TEST(WriteJSON, EscapesAtTheStartInTheMiddleAndAtTheEnd) {
+  EXPECT_EQ(compact("\nab\"\\cd\t"), R"("\nab\"\\cd\t")");
+  EXPECT_EQ(compact(""), R"("")");
+}
+
+TEST(WriteJSONList, IsTheTextOfTheSameListWhole) {
+  const JSONValue::Array all{"a", JSONValue::Object{{"b", 1}, {"c", JSONValue::Array{}}}, JSONValue::Array{2.5}};
+  for (std::size_t count = 0; count <= all.size(); ++count) {
+    const JSONValue::Array list(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count));
+    for (const JSONLayout layout : {JSONLayout::compact, JSONLayout::pretty})
+      EXPECT_EQ(writeJSONList(
+                    count, [&](std::size_t index) { return all[index]; }, layout),
+                writeJSON(list, layout));
+  }
+}
+
+TEST(WriteJSONList, RefusesAnElementThatJSONCannotHold) {
+  EXPECT_THROW(writeJSONList(
+                   1, [](std::size_t) { return JSONValue("\xff"); }, JSONLayout::pretty),
+               JSONError);
+}
+
 TEST(WriteJSON, IsReadBackUnchanged) {
   const JSONValue value = parseJSON(R"({"a": [1, 2.5, 1e300, -0.0, "é\u0000\\"], "b": {"c": [[], {}]}, "": null})");
   EXPECT_EQ(parseJSON(compact(value)), value);
