@@ -28,4 +28,9 @@ std::string numberedSidecarName(const std::string& stem, int number, SidecarKind
   return stem + infix + " (" + std::to_string(number) + ")" + extensionOf(kind);
 }
 
+bool isJSONSidecar(const std::filesystem::path& file) {
+  static const std::string ending = sidecarName("", SidecarKind::json);
+  return file.filename().native().ends_with(ending);
+}
+
 }  // namespace tq

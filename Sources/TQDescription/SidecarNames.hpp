@@ -18,4 +18,7 @@ std::string sidecarName(const std::string& stem, SidecarKind kind);
 /// "<stem>.description (<number>).md", ".json" or ".jpg".
 std::string numberedSidecarName(const std::string& stem, int number, SidecarKind kind);
 
+/// True when the last component is the unnumbered name of a JSON sidecar. Upper-case letters make another name.
+bool isJSONSidecar(const std::filesystem::path& file);
+
 }  // namespace tq

@@ -32,5 +32,14 @@ TEST(NumberedSidecarName, CarriesTheNumberInBracketsAfterABlank) {
   EXPECT_EQ(numberedSidecarName("clip", 10, SidecarKind::poster), "clip.description (10).jpg");
 }
 
+TEST(IsJSONSidecar, TakesUnnumberedNamesAlone) {
+  EXPECT_TRUE(isJSONSidecar("/v/clip.description.json"));
+  EXPECT_TRUE(isJSONSidecar("/v/clip (2).description.json"));
+  EXPECT_FALSE(isJSONSidecar("/v/clip.description (2).json"));
+  EXPECT_FALSE(isJSONSidecar("/v/clip.description.JSON"));
+  EXPECT_FALSE(isJSONSidecar("/v/clip.description.md"));
+  EXPECT_FALSE(isJSONSidecar("/v/x.description.json/clip.json"));
+}
+
 }  // namespace
 }  // namespace tq

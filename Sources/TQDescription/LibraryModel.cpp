@@ -1,0 +1,121 @@
+#include "TQDescription/LibraryModel.hpp"
+
+#include <algorithm>
+#include <system_error>
+#include <variant>
+
+#include "TQCore/SafeFile.hpp"
+#include "TQCore/TQError.hpp"
+#include "TQDescription/SidecarNames.hpp"
+#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Tasks.hpp"
+
+namespace tq {
+namespace {
+
+namespace fs = std::filesystem;
+
+// What one thread reads in a row: enough to make its buffers worth their while, few enough to share the work evenly.
+constexpr std::size_t sidecarsInARow = 32;
+
+/// What became of a file: its description, or why it is left out.
+using Outcome = std::variant<std::monostate, Shared<DescriptionResult>, std::string>;
+
+std::string reasonOf(const std::exception& error) {
+  const auto* system = dynamic_cast<const SystemError*>(&error);
+  return system ? system->reason() : userFacingDescription(error);
+}
+
+Outcome outcomeOf(const fs::path& url) {
+  try {
+    const Bytes content = SafeFile::readBounded(url, SafeFile::maxMetadataBytes);
+    return Shared(decode<DescriptionResult>(parseJSON(textOf(content))));
+  } catch (const std::exception& error) {
+    return reasonOf(error);
+  }
+}
+
+std::vector<Outcome> outcomesOf(const std::vector<fs::path>& urls, std::size_t processorCount, std::stop_token stop) {
+  std::vector<Outcome> outcomes(urls.size());
+  const std::size_t rows = (urls.size() + sidecarsInARow - 1) / sidecarsInARow;
+  forEachWindowed(rows, processorCount, stop, [&](std::size_t row, std::stop_token rowStop) {
+    const std::size_t end = std::min((row + 1) * sidecarsInARow, urls.size());
+    for (std::size_t index = row * sidecarsInARow; index < end; ++index) {
+      throwIfStopped(rowStop);
+      outcomes[index] = outcomeOf(urls[index]);
+    }
+  });
+  return outcomes;
+}
+
+/// Adds what a folder holds: the sidecars to one list, the folders to the other.
+void list(const fs::path& folder, std::vector<fs::path>& sidecars, std::vector<fs::path>& folders,
+          std::error_code& error) {
+  fs::directory_iterator entry(folder, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    if (isJSONSidecar(entry->path())) sidecars.push_back(entry->path());
+    std::error_code unknown;
+    if (!entry->is_symlink(unknown) && entry->is_directory(unknown)) folders.push_back(entry->path());
+  }
+}
+
+void sortByPath(std::vector<fs::path>& paths) {
+  std::sort(paths.begin(), paths.end(),
+            [](const fs::path& left, const fs::path& right) { return left.native() < right.native(); });
+}
+
+}  // namespace
+
+std::vector<fs::path> LibraryModel::collectSidecarURLs(const fs::path& under, bool recursive, std::stop_token stop) {
+  std::vector<fs::path> sidecars, folders;
+  std::error_code error;
+  list(under, sidecars, folders, error);
+  if (error && !recursive) throw SystemError(error.value(), under);
+  // One folder after the other, so that no depth of folders takes more than one of them open at a time.
+  while (recursive && !folders.empty()) {
+    throwIfStopped(stop);
+    const fs::path folder = std::move(folders.back());
+    folders.pop_back();
+    list(folder, sidecars, folders, error);
+  }
+  sortByPath(sidecars);
+  return sidecars;
+}
+
+std::vector<LoadedSidecar> LibraryModel::loadSidecars(const fs::path& from, bool recursive, const SkipCallback& onSkip,
+                                                      std::size_t processorCount, std::stop_token stop) {
+  std::vector<fs::path> urls = collectSidecarURLs(from, recursive, stop);
+  std::vector<Outcome> outcomes = outcomesOf(urls, processorCount, stop);
+  std::vector<LoadedSidecar> sidecars;
+  sidecars.reserve(urls.size());
+  for (std::size_t index = 0; index < urls.size(); ++index) {
+    if (auto* result = std::get_if<Shared<DescriptionResult>>(&outcomes[index]))
+      sidecars.push_back({.sidecarURL = std::move(urls[index]), .result = std::move(*result)});
+    else if (onSkip)
+      onSkip(urls[index], std::get<std::string>(outcomes[index]));
+  }
+  return sidecars;
+}
+
+std::vector<RerateCandidate> LibraryModel::rerateCandidates(const std::vector<LoadedSidecar>& in,
+                                                            bool includeRefusals) {
+  std::vector<RerateCandidate> candidates;
+  for (const LoadedSidecar& sidecar : in) {
+    const bool refused = sidecar.result->flagged == true;
+    const bool review = sidecar.result->reviewFlag == true;
+    if (!review && !(includeRefusals && refused)) continue;
+    std::optional<fs::path> source = sidecar.sourceVideoURL();
+    if (!source) continue;
+    std::optional<std::string> reason = sidecar.result->reviewReason;
+    if (!reason && !review) reason = "model refused";
+    candidates.push_back(
+        {.sidecarURL = sidecar.sidecarURL, .sourceURL = std::move(*source), .reason = std::move(reason)});
+  }
+  std::stable_sort(candidates.begin(), candidates.end(), [](const RerateCandidate& left, const RerateCandidate& right) {
+    return left.sourceURL.native() < right.sourceURL.native();
+  });
+  return candidates;
+}
+
+}  // namespace tq

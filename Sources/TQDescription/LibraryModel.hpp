@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "TQCore/Models/RerateCandidate.hpp"
+#include "TQDescription/LoadedSidecar.hpp"
+
+namespace tq {
+
+/// The library is whatever JSON sidecars lie in a folder: they are read fresh each time, and nothing else is kept.
+struct LibraryModel {
+  /// Told of a sidecar that was left out, and why, in words for a user that do not name the file again.
+  using SkipCallback = std::function<void(const std::filesystem::path& url, const std::string& message)>;
+
+  /// Every `.description.json` of the folder, sorted by path; with `recursive` also those of the folders below it, the
+  /// hidden ones included. Numbered siblings (`clip.description (2).json`), which an earlier run left, end in another
+  /// way and so never show up as a second clip.
+  ///
+  /// A sidecar of more than `SafeFile::maxMetadataBytes`, one that cannot be read and one that is no description is
+  /// left out and reported to `onSkip`, which may be empty, on the calling thread and in the order of the paths. Throws
+  /// what `collectSidecarURLs` throws. Works with `processorCount` threads, the caller's among them.
+  static std::vector<LoadedSidecar> loadSidecars(const std::filesystem::path& from, bool recursive,
+                                                 const SkipCallback& onSkip, std::size_t processorCount,
+                                                 std::stop_token stop);
+
+  /// The paths alone, sorted; whatever bears such a name, be it a folder. Links are not followed into folders, only
+  /// `under` itself may be one. Throws `SystemError` when the folder cannot be listed; with `recursive` such a folder
+  /// is taken for an empty one instead, and so is every folder below it. Throws `Cancelled` once a stop was requested.
+  static std::vector<std::filesystem::path> collectSidecarURLs(const std::filesystem::path& under, bool recursive,
+                                                               std::stop_token stop);
+
+  /// The clips that deserve another description, sorted by the clip's path: those marked for review, and with
+  /// `includeRefusals` those that a model refused. A clip may be missing on the disk; one whose name leads out of its
+  /// folder is left out.
+  static std::vector<RerateCandidate> rerateCandidates(const std::vector<LoadedSidecar>& in, bool includeRefusals);
+};
+
+}  // namespace tq
