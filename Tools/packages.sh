@@ -3,7 +3,7 @@
 build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev libicu-dev libcurl4-openssl-dev
   libssl-dev uuid-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libturbojpeg0-dev)
 run_packages=(ffmpeg ca-certificates)
-test_packages=(libgtest-dev libgmock-dev clang-format)
+test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils)
 
 # missing_packages NAME...: those of the names that are not installed, one a line.
 missing_packages() {
