@@ -1,0 +1,102 @@
+#include "TQDescription/Export/ClipExporter.hpp"
+
+#include <algorithm>
+#include <system_error>
+
+#include "TQCore/TQError.hpp"
+#include "TQDescription/SidecarNames.hpp"
+#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Files.hpp"
+#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/UUID.hpp"
+
+namespace tq {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A hidden folder beside the outputs, on their file system, in which an output takes shape under its own name.
+class Workshop {
+ public:
+  explicit Workshop(const fs::path& folder) : path_(folder / (".tarquel-" + UUID::random().text())) {
+    try {
+      createFolders(path_);
+    } catch (const SystemError& error) {
+      throw SystemError(error.code().value(), folder);
+    }
+  }
+  ~Workshop() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  Workshop(const Workshop&) = delete;
+  Workshop& operator=(const Workshop&) = delete;
+
+  fs::path operator/(const fs::path& name) const { return path_ / name; }
+
+ private:
+  fs::path path_;
+};
+
+/// ffmpeg ends with status 0 as well when the disk fills up under the last part of a file. That the disk takes a little
+/// more shows that it did not.
+void requireRoom(const Workshop& workshop) {
+  const Bytes little(std::size_t{64} * 1024);
+  writeFileAtomically(workshop / "room", little);
+}
+
+void trim(const ExportItem& item, std::size_t index, const fs::path& target, const FFmpegBridge& bridge,
+          bool reencode) {
+  const ExportRange& range = item.ranges[index];
+  const Workshop workshop(target.parent_path());
+  const fs::path unfinished = workshop / target.filename();
+  const int status =
+      bridge
+          .runFFmpeg(ClipExporter::trimArgs(item.mediaURL, unfinished, range.startSeconds, range.endSeconds, reencode))
+          .status;
+  if (status != 0)
+    throw TQError::frameExtractionFailed("ffmpeg trim of " + item.mediaURL.filename().string() + " range " +
+                                         std::to_string(index) + " exit " + std::to_string(status));
+  try {
+    requireRoom(workshop);
+    replaceFile(unfinished, target);
+  } catch (const SystemError& error) {
+    throw TQError::outputWriteFailed(target, error.reason());
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> ClipExporter::trimArgs(const fs::path& input, const fs::path& output, double startSeconds,
+                                                double endSeconds, bool reencode) {
+  const double start = std::max(0.0, startSeconds);
+  const double end = std::max(start, endSeconds);
+  std::vector<std::string> arguments{
+      "-v", "error", "-y", "-ss", fixedText(start, 3), "-to", fixedText(end, 3), "-i", toolArgument(input)};
+  const std::vector<std::string> codecs =
+      reencode ? std::vector<std::string>{"-c:v", "libx264", "-preset", "medium", "-crf", "18", "-c:a", "aac"}
+               : std::vector<std::string>{"-c", "copy"};
+  arguments.insert(arguments.end(), codecs.begin(), codecs.end());
+  arguments.push_back(toolArgument(output));
+  return arguments;
+}
+
+fs::path ClipExporter::outputURL(const ExportItem& item, std::size_t range, const fs::path& folder) {
+  const std::string extension = item.mediaURL.extension().string();
+  return folder / (stemOf(item.mediaURL) + "_" + paddedText(static_cast<std::int64_t>(range), 2) +
+                   (extension.size() > 1 ? extension : ".mp4"));
+}
+
+void ClipExporter::run(const std::vector<ExportItem>& items, const fs::path& outputFolder, const FFmpegBridge& bridge,
+                       bool reencode, const std::stop_token& stop) {
+  createFolders(outputFolder);
+  for (const ExportItem& item : items)
+    for (std::size_t index = 0; index < item.ranges.size(); ++index) {
+      throwIfStopped(stop);
+      trim(item, index, outputURL(item, index, outputFolder), bridge, reencode);
+    }
+}
+
+}  // namespace tq
