@@ -159,14 +159,13 @@ class Writer {
       throw JSONError("JSON cannot hold text that is not UTF-8: " +
                       validUTF8(characterPrefix(string, quotedCharacters)));
     text_ += '"';
-    std::size_t written = 0;
-    for (std::size_t index = 0; index < string.size(); ++index) {
-      if (!needsEscape(string[index])) continue;
-      text_.append(string, written, index - written);
-      writeEscaped(string[index]);
-      written = index + 1;
+    for (auto rest = string.begin();;) {
+      const auto next = std::find_if(rest, string.end(), &needsEscape);
+      text_.append(rest, next);
+      if (next == string.end()) break;
+      writeEscaped(*next);
+      rest = next + 1;
     }
-    text_.append(string, written);
     text_ += '"';
   }
 
