@@ -1,12 +1,12 @@
 #include "TQPlatform/Files.hpp"
 
-#include <cstdio>
 #include <fcntl.h>
-#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/TemporaryFile.hpp"
+#include "TQPlatform/Uninterrupted.hpp"
 
 namespace tq {
 
@@ -14,86 +14,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Repeats a system call that a signal interrupted.
-template <class Call>
-auto uninterrupted(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR)
-    result = call();
-  return result;
-}
-
 struct stat statusOf(const fs::path& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) throwErrno(path);
   return status;
 }
-
-/// A file on its way to its name in an open folder. Unless it is put in place it is removed again.
-class TemporaryFile {
- public:
-  /// `target` is only named in errors. With `mode`, the file has exactly that mode; else 0666 less the umask.
-  TemporaryFile(int folder, const fs::path& target, std::optional<FileMode> mode) : folder_(folder), target_(target) {
-    std::random_device random;
-    do {
-      char name[64];
-      std::snprintf(name, sizeof name, ".tarquel-%ld-%08x%08x.tmp", static_cast<long>(::getpid()), random(), random());
-      name_ = name;
-      const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-      descriptor_ = Descriptor(uninterrupted([&] { return ::openat(folder_, name, flags, mode.value_or(0666)); }));
-    } while (!descriptor_ && errno == EEXIST);
-    if (!descriptor_) {
-      name_.clear();
-      throwErrno(target_);
-    }
-    if (mode) ensureMode(*mode);
-  }
-
-  ~TemporaryFile() { remove(); }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  void write(ByteView content) {
-    while (!content.empty()) {
-      const ssize_t count = uninterrupted([&] { return ::write(descriptor_.get(), content.data(), content.size()); });
-      if (count == 0) errno = EIO;
-      if (count <= 0) fail();
-      content = content.subspan(static_cast<std::size_t>(count));
-    }
-  }
-
-  void putInPlace() {
-    if (uninterrupted([&] { return ::fsync(descriptor_.get()); }) != 0) fail();
-    // Linux has given the descriptor back even when a signal interrupts close, and the bytes are on the disk by now.
-    if (::close(descriptor_.release()) != 0 && errno != EINTR) fail();
-    if (::renameat(folder_, name_.c_str(), folder_, target_.filename().c_str()) != 0) fail();
-    name_.clear();
-  }
-
- private:
-  /// The umask may have taken bits away that were asked for.
-  void ensureMode(FileMode mode) {
-    struct stat status {};
-    if (::fstat(descriptor_.get(), &status) != 0) fail();
-    if ((status.st_mode & 07777) != mode && ::fchmod(descriptor_.get(), mode) != 0) fail();
-  }
-
-  [[noreturn]] void fail() {
-    const int cause = errno;
-    remove();
-    throw SystemError(cause, target_);
-  }
-
-  void remove() noexcept {
-    if (!name_.empty()) ::unlinkat(folder_, name_.c_str(), 0);
-    name_.clear();
-  }
-
-  int folder_;
-  const fs::path& target_;
-  std::string name_;
-  Descriptor descriptor_;
-};
 
 /// The mode that a write over `path` has to keep; absent when there is no file whose mode could be kept. Throws when
 /// what is there must not be replaced.
@@ -136,6 +61,7 @@ FileReader::FileReader(fs::path path) : path_(std::move(path)) {
   if (!descriptor_ || ::fstat(descriptor_.get(), &status) != 0) throwErrno(path_);
   if (S_ISDIR(status.st_mode)) throw SystemError(EISDIR, path_);
   if (!S_ISREG(status.st_mode)) throw SystemError(EINVAL, path_);
+  size_ = status.st_size;
 }
 
 std::size_t FileReader::read(std::span<std::uint8_t> buffer) {
@@ -154,7 +80,7 @@ Bytes readFile(const fs::path& path) {
   constexpr std::size_t step = std::size_t{64} * 1024;
   FileReader reader(path);
   // One byte more than the file has now, so that its end is seen without another round.
-  Bytes content(static_cast<std::size_t>(fileSize(path)) + 1);
+  Bytes content(static_cast<std::size_t>(reader.size()) + 1);
   std::size_t length = reader.read(content);
   while (length == content.size()) {
     content.resize(length + std::max(step, length / 2));
@@ -180,18 +106,19 @@ void setFileMode(const fs::path& path, FileMode mode) {
   if (::chmod(path.c_str(), mode) != 0) throwErrno(path);
 }
 
-void writeFileAtomically(const fs::path& path, ByteView content, std::optional<FileMode> mode) {
+void writeFileAtomically(const fs::path& path, ByteView content, std::optional<FileMode> mode,
+                         ModeFailure onModeFailure) {
   streamFileAtomically(
-      path, [&](const FileSink& sink) { sink(content); }, mode);
+      path, [&](const FileSink& sink) { sink(content); }, mode, onModeFailure);
 }
 
 void streamFileAtomically(const fs::path& path, const std::function<void(const FileSink&)>& produce,
-                          std::optional<FileMode> mode) {
+                          std::optional<FileMode> mode, ModeFailure onModeFailure) {
   const std::optional<FileMode> kept = modeToKeep(path);
   const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
   const Descriptor folder(uninterrupted([&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   if (!folder) throwErrno(path);
-  TemporaryFile temporary(folder.get(), path, mode ? mode : kept);
+  TemporaryFile temporary(folder.get(), path, mode ? mode : kept, mode ? onModeFailure : ModeFailure::isIgnored);
   produce([&](ByteView bytes) { temporary.write(bytes); });
   temporary.putInPlace();
   // Some network and user-space file systems know no fsync of a folder.

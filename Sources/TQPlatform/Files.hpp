@@ -14,6 +14,12 @@ namespace tq {
 /// POSIX permission bits, as in `chmod`: 0600.
 using FileMode = unsigned;
 
+/// What it means when a new file cannot be given the mode that is asked for, as on a file system that knows no modes.
+enum class ModeFailure {
+  isAnError,
+  isIgnored,  ///< the file has what it was created with: `mode` less the umask, or what the file system gives to all
+};
+
 /// True when something exists at `path`; a link counts as what it points to. Any failed look counts as "no".
 bool fileExists(const std::filesystem::path& path);
 
@@ -34,8 +40,12 @@ class FileReader {
   /// Throws `SystemError` on a failed read.
   std::size_t read(std::span<std::uint8_t> buffer);
 
+  /// In bytes, when it was opened; the kernel's own files tell 0.
+  std::int64_t size() const { return size_; }
+
  private:
   std::filesystem::path path_;
+  std::int64_t size_ = 0;
   Descriptor descriptor_;
 };
 
@@ -50,16 +60,18 @@ void createFolders(const std::filesystem::path& path, FileMode mode = 0777);
 void setFileMode(const std::filesystem::path& path, FileMode mode);
 
 /// Replaces the content of `path` in one step: a reader sees the old file or the new one, and so does the next start
-/// after a power cut. The bytes go to a temporary file in the same folder, created with its final mode before its first
-/// byte; all writes are checked, then fsync, rename, fsync of the folder. On any failure before the rename the
+/// after a power cut. The bytes go to a `TemporaryFile` in the same folder, created with its final mode before its
+/// first byte; all writes are checked, then fsync, rename, fsync of the folder. On any failure before the rename the
 /// temporary file is removed, the old file is untouched and a `SystemError` naming `path` is thrown. When only the last
 /// step fails, the new content is in place but may not survive a power cut; that is thrown too.
 ///
-/// A file that exists keeps its mode unless `mode` is given; a new one gets `mode`, or 0666 less the umask. A file that
-/// has no write permission is not replaced (EACCES), although rename could: its owner locked it. A symbolic link is
-/// replaced by the new file and never followed, so a link planted in a folder cannot lead a write elsewhere.
+/// A new file gets `mode`, or 0666 less the umask. One that exists gets `mode`, or keeps its own as far as the file
+/// system can. A file that has no write permission is not replaced (EACCES), although rename could: its owner locked
+/// it. A symbolic link is replaced by the new file and never followed, so a link planted in a folder cannot lead a
+/// write elsewhere.
 void writeFileAtomically(const std::filesystem::path& path, ByteView content,
-                         std::optional<FileMode> mode = std::nullopt);
+                         std::optional<FileMode> mode = std::nullopt,
+                         ModeFailure onModeFailure = ModeFailure::isAnError);
 
 /// Gives a finished file of the same file system the name `target`, in one step and in place of a file that has it.
 /// What must not be replaced, what is kept of it and what becomes of a symbolic link: as for `writeFileAtomically`.
@@ -72,6 +84,7 @@ using FileSink = std::function<void(ByteView bytes)>;
 /// `writeFileAtomically` for content that is never whole in memory: `produce` hands it over piece by piece. What
 /// `produce` throws leaves the old file untouched as well.
 void streamFileAtomically(const std::filesystem::path& path, const std::function<void(const FileSink& sink)>& produce,
-                          std::optional<FileMode> mode = std::nullopt);
+                          std::optional<FileMode> mode = std::nullopt,
+                          ModeFailure onModeFailure = ModeFailure::isAnError);
 
 }  // namespace tq

@@ -3,6 +3,7 @@
 
 #include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Umask.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/SystemError.hpp"
 
@@ -27,15 +28,6 @@ int failureOf(Action action) {
   }
   return 0;
 }
-
-class Umask {
- public:
-  explicit Umask(mode_t mask) : before_(::umask(mask)) {}
-  ~Umask() { ::umask(before_); }
-
- private:
-  mode_t before_;
-};
 
 TEST(WriteFileAtomically, CreatesAFileWithTheContentAndNothingElse) {
   const TemporaryFolder folder;
