@@ -55,14 +55,23 @@ Date dateOf(double secondsSinceReference) {
 }  // namespace
 
 /// An absolute path. JSON holds no text that is not UTF-8, so a path that is none stands as its file URL, which keeps
-/// every byte; the two forms cannot be confused, and either is read.
+/// every byte; the two forms cannot be confused, and either is read. Any other text is a path as well, whose job fails
+/// when it is run: one odd path is no reason to lose a queue.
 template <>
 struct ValueCodec<ClipPath> {
-  static std::string expected() { return "an absolute path"; }
-  static ClipPath read(const JSONValue& value) { return {readText<fs::path, &parseFileURL>(value, expected())}; }
+  static std::string expected() { return "a path"; }
+  static ClipPath read(const JSONValue& value) { return {readText<fs::path, &parse>(value, expected())}; }
   static JSONValue write(const ClipPath& path) {
-    const std::string text = fs::absolute(path.value).string();
+    std::error_code error;  // there is no absolute form of the empty path, nor any while the current folder is gone
+    const fs::path absolute = fs::absolute(path.value, error);
+    const std::string text = error ? path.value.string() : absolute.string();
     return isValidUTF8(text) ? text : fileURL(text);
+  }
+
+ private:
+  static std::optional<fs::path> parse(std::string_view text) {
+    if (text.find('\0') != std::string_view::npos) return std::nullopt;
+    return parseFileURL(text).value_or(text);
   }
 };
 
@@ -133,7 +142,7 @@ void QueueStore::save(std::span<const std::shared_ptr<const Job>> jobs) const {
     if (isWorthKeeping(*job)) kept.push_back(job.get());
   const auto entry = [&kept](std::size_t index) { return persistedJobTable.write(persisted(*kept[index])); };
   // One entry at a time: the tree of a long queue is ten times its text, and most of the time went into building it.
-  writeStoreFile(url, writeJSONList(kept.size(), entry, JSONLayout::pretty), StoreFileMode::ownerOnly);
+  writeStoreFile(url, writeJSONList(kept.size(), entry, JSONLayout::pretty), StoreFileMode::ownerOnlyIfPossible);
 }
 
 std::vector<Job> QueueStore::load() const {

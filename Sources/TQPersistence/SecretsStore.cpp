@@ -7,6 +7,7 @@
 #include "TQPersistence/StoreFile.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Unicode.hpp"
 
 namespace tq {
 
@@ -29,12 +30,10 @@ struct ValueCodec<Secrets> {
   static JSONValue write(const Secrets& secrets) { return JSONValue::Object(secrets.begin(), secrets.end()); }
 
  private:
-  static std::string readSecret(const std::string& account, const JSONValue& secret) {
-    try {
-      return ValueCodec<std::string>::read(secret);
-    } catch (const DecodingError& error) {
-      throw error.within(account);
-    }
+  /// A key that somebody wrote without quotation marks is not repeated in the error either.
+  static const std::string& readSecret(const std::string& account, const JSONValue& secret) {
+    if (const std::string* text = secret.asString()) return *text;
+    throw DecodingError("expected text, found " + std::string(secret.kindName()), account);
   }
 };
 
@@ -70,7 +69,7 @@ Envelope load(const fs::path& fileURL) {
 
 /// Makes sure of a folder that nobody else can enter.
 void securePrivateFolder(const fs::path& folder) {
-  if (!fileExists(folder)) return createFolders(folder, 0700);
+  createFolders(folder, 0700);
   try {
     setFileMode(folder, 0700);
   } catch (const SystemError&) {
@@ -81,7 +80,7 @@ void securePrivateFolder(const fs::path& folder) {
 void save(const Envelope& envelope, const fs::path& fileURL) {
   const std::string text = storeText(envelopeTable.write(envelope));
   securePrivateFolder(fileURL.parent_path());
-  writeFileAtomically(fileURL, viewOf(text), 0600);
+  writeStoreFile(fileURL, text, StoreFileMode::ownerOnly);
 }
 
 }  // namespace
@@ -97,6 +96,8 @@ std::optional<std::string> SecretsStore::get(const std::string& account) const {
 }
 
 void SecretsStore::set(const std::string& value, const std::string& account) const {
+  // The writer's own error would quote the key.
+  if (!isValidUTF8(value)) throw JSONError("the key is not UTF-8 text");
   FileLock::sync(*locks_, fileURL_, [&] {
     Envelope envelope = load(fileURL_);
     if (value.empty())

@@ -40,7 +40,7 @@ AppSettings SettingsStore::load() const {
 }
 
 void SettingsStore::save(const AppSettings& settings) const {
-  writeStoreFile(url_(), storeText(encode(settings)), StoreFileMode::ownerOnly);
+  writeStoreFile(url_(), storeText(encode(settings)), StoreFileMode::ownerOnlyIfPossible);
 }
 
 }  // namespace tq

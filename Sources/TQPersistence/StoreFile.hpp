@@ -18,8 +18,9 @@ namespace tq {
 std::string storeText(const JSONValue& value);
 
 enum class StoreFileMode {
-  ownerOnly,  ///< 0600, where the file system knows modes
-  asItIs,     ///< that of the old file, or what the umask gives
+  asItIs,               ///< that of the old file, or what the umask gives
+  ownerOnlyIfPossible,  ///< 0600, where the file system knows modes
+  ownerOnly,            ///< 0600, or nothing is written
 };
 
 /// Replaces the file in one step. Throws `SystemError` when it cannot be written; the old file is whole then.

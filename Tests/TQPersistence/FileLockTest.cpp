@@ -12,6 +12,7 @@ TEST(FileLockRegistry, TwoSpellingsOfOnePathShareALock) {
   FileLockRegistry registry;
   EXPECT_EQ(&registry.queue("/a/b/../c"), &registry.queue("/a/c"));
   EXPECT_EQ(&registry.queue("/a/./c"), &registry.queue("/a//c"));
+  EXPECT_EQ(&registry.queue("/a/c/"), &registry.queue("/a/c"));
   EXPECT_EQ(&registry.queue("c"), &registry.queue(std::filesystem::current_path() / "c"));
 }
 

@@ -289,6 +289,15 @@ TEST_F(QueueStoreTest, ARelativePathIsStoredAsAnAbsoluteOne) {
   EXPECT_EQ(*savedEntry(job).find("sourcePath"), JSONValue(fs::absolute("a.mov").string()));
 }
 
+TEST_F(QueueStoreTest, AnOddPathOfAHandEditedFileLosesNoJob) {
+  for (const char* path : {"", "a/relative.mov", "file://elsewhere/a.mov", "file:///%zz.mov", "~/a.mov"}) {
+    const std::vector<Job> jobs = loadedEntry({{"sourcePath", path}});
+    EXPECT_EQ(sourcesOf(jobs), std::vector<fs::path>{path});
+    save(store, jobs);
+    EXPECT_EQ(store.load().size(), 1u) << path;
+  }
+}
+
 TEST_F(QueueStoreTest, AMessageThatQuotesANameWhichIsNotUTF8DoesNotFailTheSave) {
   Job job = jobWith(JobStatus::failed);
   job.error = "caf\xE9.mov: No such file or directory";
@@ -372,8 +381,7 @@ TEST_F(QueueStoreTest, OneUnreadableValueEmptiesTheWholeQueue) {
                                                      {"id", "no UUID"},
                                                      {"id", ""},
                                                      {"sourcePath", 1},
-                                                     {"sourcePath", ""},
-                                                     {"sourcePath", "a/relative.mov"},
+                                                     {"sourcePath", std::string("/a\0b", 4)},
                                                      {"status", "asleep"},
                                                      {"status", "Queued"},
                                                      {"status", 0},

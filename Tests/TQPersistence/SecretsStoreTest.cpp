@@ -4,6 +4,7 @@
 
 #include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Umask.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
@@ -190,6 +191,38 @@ TEST_F(SecretsStoreTest, AValueThatIsNoTextIsReportedAndNothingIsWritten) {
   store.set("abc", "a");
   EXPECT_THROW(store.set("\xFF\xFE", "b"), JSONError);
   EXPECT_EQ(content(), parseJSON(R"({"secrets": {"a": "abc"}, "version": 1})"));
+}
+
+TEST_F(SecretsStoreTest, NoErrorQuotesAKey) {
+  const auto errorOf = [](const auto& action) -> std::string {
+    try {
+      action();
+    } catch (const std::exception& error) {
+      return error.what();
+    }
+    return "nothing was thrown";
+  };
+  EXPECT_EQ(errorOf([&] { store.set("sk-very-secret\xFF", "a"); }), "the key is not UTF-8 text");
+  write(R"({"secrets": {"a": 12345678}, "version": 1})");
+  EXPECT_EQ(errorOf([&] { store.get("a"); }), "secrets.a: expected text, found a number");
+  write(R"({"secrets": {"a": "sk-very-secret, "version": 1})");
+  EXPECT_EQ(errorOf([&] { store.get("a"); }).find("secret"), std::string::npos);
+}
+
+TEST_F(SecretsStoreTest, AFileInPlaceOfTheFolderIsReportedAndLeftAsItIs) {
+  fs::permissions(folder.write("private", "in the way"), fs::perms(0644));
+  EXPECT_EQ(store.get("a"), std::nullopt);
+  EXPECT_THROW(store.set("abc", "a"), SystemError);
+  EXPECT_FALSE(store.remove("a"));
+  EXPECT_EQ(modeOf(folder / "private"), fs::perms(0644));
+  EXPECT_EQ(contentOf(folder / "private"), "in the way");
+}
+
+TEST_F(SecretsStoreTest, ANewFolderIsForItsOwnerAloneWhateverTheUmask) {
+  const Umask umask(0277);
+  store.set("abc", "a");
+  EXPECT_EQ(modeOf(folder / "private"), fs::perms(0700));
+  EXPECT_EQ(modeOf(file), fs::perms(0600));
 }
 
 TEST_F(SecretsStoreTest, AfterAWriteOnlyTheOwnerMayReadFileAndFolder) {
