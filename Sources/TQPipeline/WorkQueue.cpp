@@ -51,12 +51,12 @@ bool isWaiting(const JobList::Row& job) {
 
 }  // namespace
 
-WorkQueue::WorkQueue(WorkQueueParts parts, Executor owner, Observer& observer)
+WorkQueue::WorkQueue(WorkQueueParts parts, Executor owner, JobList::Observer& view, Observer& observer)
     : clock_(parts.stages.clock),
       owner_(owner),
       observer_(observer),
       settings_(parts.settings),
-      jobs_(observer),
+      jobs_(view),
       frames_(parts.frameBudget),
       store_(std::move(parts.store)),
       orchestrator_(std::move(parts.settings), std::move(parts.secrets), std::move(parts.stages),

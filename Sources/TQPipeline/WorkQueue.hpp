@@ -41,16 +41,18 @@ struct WorkQueueParts {
 /// that the owner's event loop stays responsive. Folders are walked and the file is written on other threads.
 class WorkQueue {
  public:
-  class Observer : public JobList::Observer {
+  /// What there is to know beside the rows of the list.
+  class Observer {
    public:
+    virtual ~Observer() = default;
     virtual void selectionChanged() {}
     virtual void activeCountChanged() {}
     /// The queue could not be written; it goes on in memory. `message` is for the user.
     virtual void queueWasNotSaved(const std::string& /*message*/) {}
   };
 
-  /// `owner` runs items on the owner's thread. `observer` outlives the queue.
-  WorkQueue(WorkQueueParts parts, Executor owner, Observer& observer);
+  /// `owner` runs items on the owner's thread. `view` and `observer` outlive the queue.
+  WorkQueue(WorkQueueParts parts, Executor owner, JobList::Observer& view, Observer& observer);
 
   /// As `finish`; then stops all runs and waits for them.
   ~WorkQueue();

@@ -61,7 +61,7 @@ WorkQueue& WorkQueueHarness::start() {
                                                       .stages = engine.stages,
                                                       .store = store,
                                                       .frameBudget = frameBudget},
-                                       loop.executor(), view);
+                                       loop.executor(), view, view);
   view.list = &queue_->jobs();
   return *queue_;
 }

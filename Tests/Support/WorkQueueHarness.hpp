@@ -14,7 +14,7 @@
 namespace tq::test {
 
 /// What a view of a work queue was told, and the list that it would show if it believed every word.
-class QueueView : public WorkQueue::Observer {
+class QueueView : public JobList::Observer, public WorkQueue::Observer {
  public:
   void rowsWillBeAppended(std::size_t count) override;
   void rowsWereAppended() override;

@@ -1,0 +1,144 @@
+#include "TarquelApp/AppState.hpp"
+
+#include <exception>
+#include <utility>
+
+#include "TQCore/TQError.hpp"
+#include "TQPersistence/FileLock.hpp"
+#include "TQPipeline/ConfiguredEngine.hpp"
+#include "TQPlatform/HomeFolder.hpp"
+#include "TarquelApp/Text.hpp"
+
+namespace tq {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The folder that a text of the settings names; a leading "~" is the home folder.
+fs::path watchedFolder(const std::string& text) {
+  if (text == "~") return homeFolder();
+  return text.starts_with("~/") ? homeFolder() / text.substr(2) : fs::path(text);
+}
+
+}  // namespace
+
+AppState::AppState(const AppSupportPaths& paths, JobStages stages, QObject* parent)
+    : QObject(parent),
+      settingsStore_(paths),
+      uiStateStore_(paths),
+      secrets_(std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>())),
+      settings_(settingsStore_.load()),
+      uiState_(uiStateStore_.load()),
+      queue_({.settings = settings_,
+              .secrets = secrets_,
+              .stages = stages,
+              .store = QueueStore{paths.queueURL()},
+              .frameBudget = frameBudget},
+             mainThread_.executor(), jobs_, *this),
+      watcher_(
+          mainThread_.executor(), stages.clock, [this](const fs::path& clip) { handleWatchedFile(clip); },
+          [this] { Q_EMIT watcherActiveChanged(); }) {
+  jobs_.show(queue_.jobs());
+}
+
+AppState::~AppState() = default;
+
+void AppState::bootstrap() {
+  setNeedsOnboarding(!isProviderReady(settings_, *secrets_));
+  queue_.restore();
+  syncWatcherWithSettings();
+}
+
+void AppState::setSettings(const AppSettings& settings) {
+  if (settings == settings_) return;
+  settings_ = settings;
+  Q_EMIT settingsChanged();
+}
+
+void AppState::saveSettings() {
+  try {
+    settingsStore_.save(settings_);
+  } catch (const std::exception& error) {
+    setLastError(qtText("Could not save settings: " + userFacingDescription(error)));
+  }
+  queue_.updateSettings(settings_);
+  syncWatcherWithSettings();
+}
+
+void AppState::setUIState(const UIState& state) {
+  if (state == uiState_) return;
+  uiState_ = state;
+  try {
+    uiStateStore_.save(uiState_);
+  } catch (const std::exception&) {
+    // Where somebody left the window is not worth a message.
+  }
+  Q_EMIT uiStateChanged();
+}
+
+QString AppState::selectedJobID() const {
+  const auto& id = queue_.selectedJobID();
+  return id ? qtText(id->text()) : QString();
+}
+
+void AppState::setSelectedJobID(const QString& id) {
+  queue_.select(UUID::parse(textOf(id)));
+}
+
+int AppState::workingJobCount() const {
+  int count = 0;
+  for (const JobList::Row& job : queue_.jobs().rows())
+    if (!isTerminal(job->status) && job->status != JobStatus::queued) ++count;
+  return count;
+}
+
+void AppState::setNeedsOnboarding(bool needed) {
+  if (std::exchange(needsOnboarding_, needed) != needed) Q_EMIT needsOnboardingChanged();
+}
+
+void AppState::setLastError(const QString& message) {
+  if (std::exchange(lastError_, message) != message) Q_EMIT lastErrorChanged();
+}
+
+void AppState::setPendingSearchFocus(bool pending) {
+  if (std::exchange(pendingSearchFocus_, pending) != pending) Q_EMIT pendingSearchFocusChanged();
+}
+
+void AppState::enqueue(const QList<QUrl>& urls) {
+  std::vector<fs::path> paths;
+  for (const QUrl& url : urls)
+    if (fs::path path = pathOf(url); !path.empty()) paths.push_back(std::move(path));
+  queue_.enqueue(std::move(paths));
+}
+
+void AppState::retry(const QString& jobID) {
+  if (const auto id = UUID::parse(textOf(jobID))) queue_.retry(*id);
+}
+
+void AppState::cancel(const QString& jobID) {
+  if (const auto id = UUID::parse(textOf(jobID))) queue_.cancel(*id);
+}
+
+EngineSnapshot AppState::currentEngineSnapshot() const {
+  return tq::currentEngineSnapshot(settings_);
+}
+
+void AppState::queueWasNotSaved(const std::string& message) {
+  setLastError(qtText(message));
+}
+
+/// Nothing is replaced by nothing, so that settings without folders leave no trace of a watcher.
+void AppState::syncWatcherWithSettings() {
+  watcher_.watch(watchWish());
+}
+
+std::optional<WatcherLifecycle::Wish> AppState::watchWish() const {
+  if (!settings_.watchFoldersEnabled || settings_.watchedFolderPaths.empty()) return std::nullopt;
+  WatcherLifecycle::Wish wish{.folders = {}, .exclusionGlobs = settings_.watchExclusionGlobs};
+  for (const std::string& folder : settings_.watchedFolderPaths)
+    wish.folders.push_back(watchedFolder(folder));
+  return wish;
+}
+
+}  // namespace tq
