@@ -24,8 +24,10 @@ target_compile_options(tq_options INTERFACE
   -Wall -Wextra -Wno-missing-field-initializers -Wpedantic -Wshadow -Wconversion -fno-omit-frame-pointer
   $<$<BOOL:${TQ_WERROR}>:-Werror>
   $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
-  # Part of -Wconversion for clang alone; here it finds literals used as an index.
+  # For clang alone: a part of -Wconversion that finds literals used as an index, and complaints about how GCC's own
+  # library writes std::stable_sort.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>
   $<$<BOOL:${TQ_FUZZ}>:-fsanitize=fuzzer-no-link>)
 if(TQ_SANITIZERS)
   target_compile_options(tq_options INTERFACE -fsanitize=${TQ_SANITIZERS} -fno-sanitize-recover=all)

@@ -20,7 +20,7 @@ namespace {
 /// A hidden folder beside the outputs, on their file system, in which an output takes shape under its own name.
 class Workshop {
  public:
-  explicit Workshop(const fs::path& folder) : path_(folder / (".tarquel-" + UUID::random().text())) {
+  explicit Workshop(const fs::path& folder) : path_(folder / (".tarquel-trim-" + UUID::random().text())) {
     try {
       createFolders(path_);
     } catch (const SystemError& error) {
