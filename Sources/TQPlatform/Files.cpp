@@ -14,6 +14,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Fills `buffer` by calls of `readSome(rest, filled)` until the end of the file.
+template <class ReadSome>
+std::size_t fill(std::span<std::uint8_t> buffer, const fs::path& path, ReadSome readSome) {
+  std::size_t filled = 0;
+  while (filled < buffer.size()) {
+    const ssize_t count = uninterrupted([&] { return readSome(buffer.subspan(filled), filled); });
+    if (count < 0) throwErrno(path);
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+  }
+  return filled;
+}
+
 struct stat statusOf(const fs::path& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) throwErrno(path);
@@ -65,15 +78,21 @@ FileReader::FileReader(fs::path path) : path_(std::move(path)) {
 }
 
 std::size_t FileReader::read(std::span<std::uint8_t> buffer) {
-  std::size_t filled = 0;
-  while (filled < buffer.size()) {
-    const auto rest = buffer.subspan(filled);
-    const ssize_t count = uninterrupted([&] { return ::read(descriptor_.get(), rest.data(), rest.size()); });
-    if (count < 0) throwErrno(path_);
-    if (count == 0) break;
-    filled += static_cast<std::size_t>(count);
-  }
-  return filled;
+  return fill(buffer, path_, [&](std::span<std::uint8_t> rest, std::size_t) {
+    return ::read(descriptor_.get(), rest.data(), rest.size());
+  });
+}
+
+std::size_t FileReader::readAt(std::int64_t offset, std::span<std::uint8_t> buffer) const {
+  return fill(buffer, path_, [&](std::span<std::uint8_t> rest, std::size_t filled) {
+    return ::pread(descriptor_.get(), rest.data(), rest.size(), offset + static_cast<std::int64_t>(filled));
+  });
+}
+
+std::int64_t FileReader::sizeNow() const {
+  struct stat status {};
+  if (::fstat(descriptor_.get(), &status) != 0) throwErrno(path_);
+  return status.st_size;
 }
 
 Bytes readFile(const fs::path& path) {

@@ -40,8 +40,14 @@ class FileReader {
   /// Throws `SystemError` on a failed read.
   std::size_t read(std::span<std::uint8_t> buffer);
 
+  /// The same from `offset` bytes on, wherever `read` stands.
+  std::size_t readAt(std::int64_t offset, std::span<std::uint8_t> buffer) const;
+
   /// In bytes, when it was opened; the kernel's own files tell 0.
   std::int64_t size() const { return size_; }
+
+  /// In bytes, at this moment. Throws `SystemError`.
+  std::int64_t sizeNow() const;
 
  private:
   std::filesystem::path path_;

@@ -7,9 +7,9 @@
 #include <optional>
 #include <utility>
 
-#include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/ImageStorage.hpp"
 #include "TQPlatform/MediaAssetState.hpp"
+#include "TQPlatform/PictureMemory.hpp"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -23,6 +23,7 @@ namespace {
 constexpr int failuresInARow = 250;                // packets that yield nothing but errors
 constexpr std::int64_t packetsPerImage = 500'000;  // hours of video without a key frame
 constexpr int groupsPerImage = 4;                  // groups of pictures tried, each one before the last
+constexpr const char* tooLarge = "its pictures take too much memory";
 
 /// A picture as it left the decoder, and its time from the start of the presentation in seconds.
 struct Decoded {
@@ -49,6 +50,7 @@ struct ImageGenerator::Decoder {
 
   AVStream* stream = nullptr;
   Orientation orientation;
+  std::shared_ptr<libav::PictureMemory> memory;
   libav::Owned<AVCodecContext> codec;
   libav::Owned<AVPacket> packet = libav::makePacket();
 
@@ -58,12 +60,18 @@ struct ImageGenerator::Decoder {
   bool drained = false, ended = false;
   int failures = 0;
   std::int64_t packetsLeft = 0;
+  Seconds fruitless{0};        // spent on pictures that could not be had
+  std::int64_t fileBytes = 0;  // of the file as it was when the picture was asked for
 
   Decoder(MediaAsset& media, double allowed, int threadCount)
-      : asset(media.state()), tolerance(allowed), threads(threadCount) {}
+      : asset(media.state()),
+        tolerance(allowed),
+        threads(threadCount),
+        memory(std::make_shared<libav::PictureMemory>(asset.limits.pictureBytes)) {}
 
   void open();
   Image imageAt(double seconds, const std::stop_token& stop);
+  const Decoded& find(double seconds);
 
   double timeOf(std::int64_t stamp) const {
     return static_cast<double>(stamp) * av_q2d(stream->time_base) - asset.origin;
@@ -82,13 +90,14 @@ struct ImageGenerator::Decoder {
   const Decoded* held(double seconds) const;
   const Decoded* nearest(double seconds) const;
   bool leadsTo(const std::optional<KeyFrame>& key, double seconds) const;
-  const Decoded* decodeTo(double seconds, const std::optional<KeyFrame>& key, Passing passing,
-                          const std::stop_token& stop);
+  const Decoded* decodeTo(double seconds, const std::optional<KeyFrame>& key, Passing passing);
+  bool isShown(const Decoded& picture, double seconds) const;
+  double endOfContent() const;
 
-  void seek(const std::optional<KeyFrame>& key, const std::stop_token& stop);
-  bool advance(double passBefore, const std::stop_token& stop);
+  void seek(const std::optional<KeyFrame>& key);
+  bool advance(double passBefore);
   bool receive();
-  void sendNextPacket(double passBefore, const std::stop_token& stop);
+  void sendNextPacket(double passBefore);
   void countFailure();
 };
 
@@ -108,6 +117,7 @@ void ImageGenerator::Decoder::open() {
   context->pkt_timebase = chosen->time_base;
   context->thread_count = threads;
   context->max_pixels = libav::largestPicture;
+  libav::PictureMemory::serve(*context, memory);
   if (avcodec_parameters_to_context(context.get(), chosen->codecpar) < 0 ||
       avcodec_open2(context.get(), decoder, nullptr) < 0)
     throw MediaError("the decoder refuses its video format");
@@ -125,17 +135,30 @@ void ImageGenerator::Decoder::open() {
 }
 
 Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& stop) {
-  throwIfStopped(stop);
-  const MediaAsset::State::Listening listening(asset, stop);
-  if (!codec) open();
-  if (!std::isfinite(seconds)) seconds = 0;
+  const auto started = std::chrono::steady_clock::now();
+  const libav::Watch::Scope scope(asset.watch, stop, asset.limits.withoutPicture - fruitless);
+  asset.watch.check();
+  asset.file.clearFailure();
+  fileBytes = avio_size(asset.format->pb);
+  try {
+    if (!codec) open();
+    const Decoded& found = find(std::isfinite(seconds) ? seconds : 0);
+    return Image(std::make_shared<Image::Storage>(Image::Storage{libav::share(*found.frame), orientation, false}));
+  } catch (const std::exception&) {
+    fruitless += std::chrono::steady_clock::now() - started;
+    readUpTo = AV_NOPTS_VALUE;
+    throw;
+  }
+}
+
+const Decoded& ImageGenerator::Decoder::find(double seconds) {
   failures = 0;
   packetsLeft = packetsPerImage;
   const Decoded* found = held(seconds);
   auto key = found ? std::nullopt : keyFor(seconds);
   for (int group = 0; !found && group < groupsPerImage; ++group) {
     const bool pastTheEnd = seconds - tolerance > lastIndexedTime();
-    found = decodeTo(seconds, key, pastTheEnd ? Passing::exactly : Passing::quickly, stop);
+    found = decodeTo(seconds, key, pastTheEnd ? Passing::exactly : Passing::quickly);
     if (found || !key) break;
     const auto earlier = keyAtOrBefore(key->entry - 1);
     if (!earlier) break;
@@ -143,7 +166,35 @@ Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& st
   }
   if (!found) found = nearest(seconds);
   if (!found) throw MediaError("no picture could be decoded there");
-  return Image(std::make_shared<Image::Storage>(Image::Storage{libav::share(*found->frame), orientation, false}));
+  if (!isShown(*found, seconds)) throw MediaError("the clip ends before that");
+  return *found;
+}
+
+/// False for a time after the last picture has gone: it stays until the last of all tracks ends.
+bool ImageGenerator::Decoder::isShown(const Decoded& picture, double seconds) const {
+  if (serves(picture, seconds) || picture.time > seconds) return true;
+  const bool last = ended && current && &picture == &*current;
+  if (!last) return true;
+  const double gone = picture.time + static_cast<double>(picture.frame->pkt_duration) * av_q2d(stream->time_base);
+  return seconds <= std::max(gone, endOfContent()) + tolerance;
+}
+
+/// The end of the latest sample of any track, in seconds from the start of the presentation. Headers may claim another
+/// one, and a file that was cut off has lost what its tables still list.
+double ImageGenerator::Decoder::endOfContent() const {
+  double end = 0;
+  for (unsigned index = 0; index < asset.format->nb_streams; ++index) {
+    AVStream& track = *asset.format->streams[index];
+    int entry = avformat_index_get_entries_count(&track) - 1;
+    while (entry >= 0 && !readable(*avformat_index_get_entry(&track, entry)))
+      --entry;
+    if (entry < 0) continue;
+    const auto last = static_cast<double>(avformat_index_get_entry(&track, entry)->timestamp);
+    const double length = entry > 0 ? last - static_cast<double>(avformat_index_get_entry(&track, entry - 1)->timestamp)
+                                    : static_cast<double>(std::max(track.duration, std::int64_t{0}));
+    end = std::max(end, (last + length) * av_q2d(track.time_base) - asset.origin);
+  }
+  return end;
 }
 
 std::int64_t ImageGenerator::Decoder::stampOf(double seconds) const {
@@ -154,8 +205,7 @@ std::int64_t ImageGenerator::Decoder::stampOf(double seconds) const {
 
 /// A file that was cut off keeps the index of what it has lost.
 bool ImageGenerator::Decoder::readable(const AVIndexEntry& entry) const {
-  const std::int64_t size = avio_size(asset.format->pb);
-  return size <= 0 || entry.pos <= size - entry.size;
+  return entry.pos <= fileBytes - entry.size;
 }
 
 std::optional<KeyFrame> ImageGenerator::Decoder::keyAtOrBefore(int entry) const {
@@ -173,7 +223,7 @@ std::int64_t ImageGenerator::Decoder::lastStampOf(const KeyFrame& key) const {
   const int count = avformat_index_get_entries_count(stream);
   for (int entry = key.entry + 1; entry < count; ++entry) {
     const AVIndexEntry* next = avformat_index_get_entry(stream, entry);
-    if ((next->flags & AVINDEX_KEYFRAME) != 0) return std::max(key.decodingTime, next->timestamp - 1);
+    if ((next->flags & AVINDEX_KEYFRAME) != 0) return std::max(key.decodingTime, av_sat_sub64(next->timestamp, 1));
   }
   return std::max(key.decodingTime, avformat_index_get_entry(stream, count - 1)->timestamp);
 }
@@ -223,25 +273,24 @@ bool ImageGenerator::Decoder::leadsTo(const std::optional<KeyFrame>& key, double
 
 /// The wanted picture if decoding from `key`, or from here on, comes to it; nothing when it must lie before the key
 /// frame.
-const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::optional<KeyFrame>& key, Passing passing,
-                                                 const std::stop_token& stop) {
+const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::optional<KeyFrame>& key, Passing passing) {
   const double from = seconds - tolerance;
   const double passBefore = passing == Passing::quickly ? from : -HUGE_VAL;
-  if (!leadsTo(key, seconds)) seek(key, stop);
+  if (!leadsTo(key, seconds)) seek(key);
   while (!current || current->time < from)
-    if (!advance(passBefore, stop)) break;
+    if (!advance(passBefore)) break;
   if (!current) return nullptr;
   if (serves(*current, seconds)) return &*current;
   // Only neighbours tell which one is the nearest: nothing may have been skipped between them or after the last one.
   const double known = current->time < from ? current->time : previous ? previous->time : -HUGE_VAL;
   if (passedOver > known) {
     readUpTo = AV_NOPTS_VALUE;
-    return passing == Passing::quickly ? decodeTo(seconds, key, Passing::exactly, stop) : nearest(seconds);
+    return passing == Passing::quickly ? decodeTo(seconds, key, Passing::exactly) : nearest(seconds);
   }
   return previous || current->time < from ? nearest(seconds) : nullptr;
 }
 
-void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key, const std::stop_token& stop) {
+void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key) {
   const std::int64_t stamp = key ? lastStampOf(*key) : stampOf(0);
   previous.reset();
   current.reset();
@@ -251,17 +300,17 @@ void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key, const std
   avcodec_flush_buffers(codec.get());
   ++counts.seeks;
   if (av_seek_frame(asset.format.get(), stream->index, stamp, AVSEEK_FLAG_BACKWARD) >= 0) return;
-  throwIfStopped(stop);
+  asset.file.check();
   throw MediaError("its index is damaged");
 }
 
 /// Makes the next picture the current one; false at the end of what can be read. Pictures before `passBefore` that no
 /// other one depends on may be skipped.
-bool ImageGenerator::Decoder::advance(double passBefore, const std::stop_token& stop) {
+bool ImageGenerator::Decoder::advance(double passBefore) {
   while (!ended) {
-    throwIfStopped(stop);
+    asset.watch.check();
     if (receive()) return true;
-    if (!ended) sendNextPacket(passBefore, stop);
+    if (!ended) sendNextPacket(passBefore);
   }
   return false;
 }
@@ -270,7 +319,7 @@ bool ImageGenerator::Decoder::receive() {
   auto frame = libav::makeFrame();
   const int status = avcodec_receive_frame(codec.get(), frame.get());
   if (status == AVERROR_EOF) ended = true;
-  if (status == AVERROR(ENOMEM)) throw std::bad_alloc();
+  if (status == AVERROR(ENOMEM)) throw MediaError(tooLarge);
   if (status < 0) {
     if (status != AVERROR_EOF && status != AVERROR(EAGAIN)) countFailure();
     return false;
@@ -284,7 +333,7 @@ bool ImageGenerator::Decoder::receive() {
   return true;
 }
 
-void ImageGenerator::Decoder::sendNextPacket(double passBefore, const std::stop_token& stop) {
+void ImageGenerator::Decoder::sendNextPacket(double passBefore) {
   if (drained) {
     countFailure();
     return;
@@ -292,7 +341,7 @@ void ImageGenerator::Decoder::sendNextPacket(double passBefore, const std::stop_
   if (--packetsLeft < 0) throw MediaError("the next key frame is too far away");
   av_packet_unref(packet.get());
   if (av_read_frame(asset.format.get(), packet.get()) < 0) {
-    throwIfStopped(stop);
+    asset.file.check();
     drained = true;
     avcodec_send_packet(codec.get(), nullptr);
     return;
@@ -306,7 +355,7 @@ void ImageGenerator::Decoder::sendNextPacket(double passBefore, const std::stop_
   codec->skip_frame = passes ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
   if (passes) passedOver = std::max(passedOver, timeOf(packet->pts));
   const int status = avcodec_send_packet(codec.get(), packet.get());
-  if (status == AVERROR(ENOMEM)) throw std::bad_alloc();
+  if (status == AVERROR(ENOMEM)) throw MediaError(tooLarge);
   if (status < 0) countFailure();
 }
 

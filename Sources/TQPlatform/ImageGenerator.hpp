@@ -29,8 +29,10 @@ class ImageGenerator {
   ImageGenerator& operator=(const ImageGenerator&) = delete;
 
   /// The picture that is cheapest to reach among those within the tolerance of `seconds` (from the start of the
-  /// presentation), or the nearest one where the clip has none there; times beyond the ends give the first or last one.
-  /// Throws `MediaError` when no picture can be decoded and `Cancelled` at once when `stop` asks for it.
+  /// presentation), or the nearest one where the clip has none there; times before the start give the first one. The
+  /// last one stays until the end of the longest track. Throws `MediaError` for times after that, whatever duration the
+  /// clip claims, when no picture can be decoded, and when it takes more than the asset's limits; `SystemError` when
+  /// the file cannot be read any more, and `Cancelled` at once when `stop` asks for it.
   Image image(double seconds, std::stop_token stop = {});
 
   const DecodingCounts& counts() const;

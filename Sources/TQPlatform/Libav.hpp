@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -24,8 +25,12 @@ struct Release {
 template <class T>
 using Owned = std::unique_ptr<T, Release>;
 
-/// Pictures with more pixels are refused: 16384 x 16384, beyond any camera, and what memory bears.
-inline constexpr std::int64_t largestPicture = std::int64_t{1} << 28;
+/// Pictures with more pixels are refused: 16K, 15360 x 8640, is what no camera goes beyond.
+inline constexpr std::int64_t largestPicture = std::int64_t{1} << 27;
+
+/// Bytes that libav allocates in one piece at most: a plane of the largest picture with two bytes a sample, and its
+/// borders.
+inline constexpr std::size_t largestBlock = std::size_t{320} << 20;
 
 /// An empty frame or packet. Throws `std::bad_alloc`.
 Owned<AVFrame> makeFrame();

@@ -9,9 +9,7 @@
 #include <new>
 #include <string_view>
 
-#include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/MediaAssetState.hpp"
-#include "TQPlatform/SystemError.hpp"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -30,33 +28,41 @@ struct Dictionary {
   void set(const char* key, const char* value) { av_dict_set(&entries, key, value, 0); }
 };
 
-/// A hostile file makes libav talk to standard error without end; its level is one for the whole process.
-void silenceLog() {
-  static const bool silenced = (av_log_set_level(AV_LOG_QUIET), true);
-  static_cast<void>(silenced);
+/// What libav keeps once for the whole process. A hostile file makes it talk to standard error without end, and sizes
+/// that stand in tables make it allocate before anything is read.
+void prepareLibrary() {
+  static const bool prepared = (av_log_set_level(AV_LOG_QUIET), av_max_alloc(libav::largestBlock), true);
+  static_cast<void>(prepared);
 }
 
-int stopAsked(void* state) {
-  return static_cast<MediaAsset::State*>(state)->stop.stop_requested();
+int workIsOver(void* watch) {
+  return static_cast<const libav::Watch*>(watch)->isOver();
 }
 
-/// Opening a pipe would wait for a writer, so what is no file is refused before.
-void requireRegularFile(const fs::path& file) {
-  std::error_code error;
-  const fs::file_status status = fs::status(file, error);
-  if (!fs::exists(status)) throw SystemError(error ? error.value() : ENOENT, file);
-  if (fs::is_directory(status)) throw SystemError(EISDIR, file);
-  if (!fs::is_regular_file(status)) throw MediaError("it is not a regular file");
-  if (fs::file_size(file, error) == 0 && !error) throw MediaError("the file is empty");
+int openNothingElse(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
+  return AVERROR(EPERM);
 }
 
-[[noreturn]] void throwOpenFailure(int error, const fs::path& file, const std::stop_token& stop) {
-  throwIfStopped(stop);
-  // "Out of memory" is left out: it is what absurd sizes in damaged tables come to.
-  constexpr std::array accessFailures{EACCES, EPERM, ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG, EMFILE, ENFILE, EIO};
-  if (std::ranges::find(accessFailures, AVUNERROR(error)) != accessFailures.end())
-    throw SystemError(AVUNERROR(error), file);
-  throw MediaError("the file is damaged or in an unknown format");
+/// A context that reads `state`'s file and nothing else, opened. Throws as the asset's constructor does.
+libav::Owned<AVFormatContext> openFormat(MediaAsset::State& state, const fs::path& file) {
+  Dictionary options;
+  options.set("format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2");
+  options.set("probesize", "4000000");
+  AVFormatContext* format = avformat_alloc_context();
+  if (!format) throw std::bad_alloc();
+  format->pb = state.file.context();
+  format->io_open = openNothingElse;
+  format->interrupt_callback = {workIsOver, &state.watch};
+  format->max_analyze_duration = 2 * AV_TIME_BASE;
+  format->max_streams = state.limits.tracks;
+  state.file.measure(format, state.limits.samples);
+  // The name is looked at for its extension only.
+  const int error = avformat_open_input(&format, file.filename().c_str(), nullptr, &options.entries);
+  libav::Owned<AVFormatContext> opened(format);
+  state.file.measure(format, state.limits.samples);
+  state.file.check();
+  if (error < 0) throw MediaError("the file is damaged or in an unknown format");
+  return opened;
 }
 
 MediaType typeOf(const AVStream& stream) {
@@ -126,32 +132,21 @@ MediaTrack trackOf(const AVStream& stream) {
 
 }  // namespace
 
-MediaAsset::MediaAsset(const fs::path& file, std::stop_token stop) : state_(std::make_unique<State>()) {
-  silenceLog();
-  requireRegularFile(file);
-  const State::Listening listening(*state_, stop);
-  Dictionary options;
-  options.set("protocol_whitelist", "file");
-  options.set("format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2");
-  options.set("probesize", "4000000");
-  // With the protocol spelled out nothing in a file's name can be taken for one.
-  const std::string url = "file:" + file.string();
-  AVFormatContext* format = avformat_alloc_context();
-  if (!format) throw std::bad_alloc();
-  format->interrupt_callback = {stopAsked, state_.get()};
-  format->max_analyze_duration = 2 * AV_TIME_BASE;
-  if (const int error = avformat_open_input(&format, url.c_str(), nullptr, &options.entries); error < 0)
-    throwOpenFailure(error, file, stop);
-  state_->format.reset(format);
-  if (!tablesSuffice(*format)) lookAtStreams(*format);
-  throwIfStopped(stop);
-  for (unsigned index = 0; index < format->nb_streams; ++index) {
-    const AVStream& stream = *format->streams[index];
+MediaAsset::MediaAsset(const fs::path& file, std::stop_token stop, const MediaLimits& limits)
+    : state_(std::make_unique<State>(file, limits)) {
+  prepareLibrary();
+  const libav::Watch::Scope scope(state_->watch, std::move(stop), limits.opening);
+  state_->format = openFormat(*state_, file);
+  AVFormatContext& format = *state_->format;
+  if (!tablesSuffice(format)) lookAtStreams(format);
+  state_->file.check();
+  for (unsigned index = 0; index < format.nb_streams; ++index) {
+    const AVStream& stream = *format.streams[index];
     if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) continue;
     state_->tracks.push_back(trackOf(stream));
     state_->streams.push_back(static_cast<int>(index));
   }
-  state_->origin = originOf(*format, duration());
+  state_->origin = originOf(format, duration());
 }
 
 MediaAsset::~MediaAsset() = default;

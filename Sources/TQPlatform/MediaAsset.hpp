@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "TQPlatform/MediaLimits.hpp"
+
 namespace tq {
 
 /// A media file could not be read. `what()` says why in one phrase for the user.
@@ -38,9 +40,9 @@ struct MetadataItem {
 /// references to others it holds. Not for use by several threads at once.
 class MediaAsset {
  public:
-  /// Reads the file's tables; no picture is decoded. Throws `SystemError` when the file cannot be opened, `MediaError`
-  /// when it is no such media file, and `Cancelled` when `stop` asks for it.
-  explicit MediaAsset(const std::filesystem::path& file, std::stop_token stop = {});
+  /// Reads the file's tables; no picture is decoded. Throws `SystemError` when the file cannot be opened or read,
+  /// `MediaError` when it is no such media file or goes beyond `limits`, and `Cancelled` when `stop` asks for it.
+  explicit MediaAsset(const std::filesystem::path& file, std::stop_token stop = {}, const MediaLimits& limits = {});
   ~MediaAsset();
   MediaAsset(MediaAsset&&) noexcept;
   MediaAsset& operator=(MediaAsset&&) noexcept;

@@ -145,16 +145,30 @@ TEST(FrameExtractor, AdaptiveOnPicturesThatCannotBeDecodedFailsInTheBatch) {
   EXPECT_THAT(failureOf(clip, {}), HasSubstr("could not extract frame at 10.0s: the clip is encrypted"));
 }
 
-TEST(FrameExtractor, ADurationThatLiesStillYieldsFrames) {
+TEST(FrameExtractor, ADurationThatLiesFailsWithTheFirstTimeBeyondTheEnd) {
   const TemporaryFolder folder;
   const Bytes clip = readClip(makeVideo(numberedPicture(1, 25), h264(), "mp4"));
   const fs::path lying = writeClip(folder / "lying.mp4", withDuration(clip, 143'165'000));
-  for (const auto strategy :
-       {SamplingStrategy::fixedInterval, SamplingStrategy::evenDistribution, SamplingStrategy::adaptive}) {
-    const Extraction extraction = FrameExtractor().extract(lying, {.strategy = strategy, .maxFrames = 5});
-    EXPECT_EQ(extraction.frames.size(), 5u);
-    EXPECT_EQ(numberShown(*Image::decodeJPEG(extraction.frames.back().jpegData)), 24);
-  }
+  for (const auto& [strategy, time] : {std::pair{SamplingStrategy::fixedInterval, "2.5s"},
+                                       {SamplingStrategy::evenDistribution, "23860.833333333332s"},
+                                       {SamplingStrategy::adaptive, "71582.5s"}})
+    EXPECT_EQ(failureOf(lying, {.strategy = strategy, .maxFrames = 5}),
+              TQError::frameExtractionFailed("could not extract frame at " + std::string(time) +
+                                             ": the clip ends before that")
+                  .description());
+}
+
+TEST(FrameExtractor, TheAdaptiveStrategyLeavesOutWhatAClipThatWasCutOffHasLost) {
+  const TemporaryFolder folder;
+  Bytes bytes =
+      readClip(makeVideo(numberedPicture(10, 25), h264({"-qp", "5", "-g", "25", "-movflags", "+faststart"}), "mp4"));
+  bytes.resize(bytes.size() / 2);
+  const fs::path clip = writeClip(folder / "cut.mp4", bytes);
+  const Extraction extraction = FrameExtractor().extract(clip, {.maxFrames = 3});
+  EXPECT_EQ(extraction.frames.size(), 3u);
+  for (const auto& frame : extraction.frames)
+    EXPECT_NEAR(numberShown(*Image::decodeJPEG(frame.jpegData)) / 25.0, frame.timecode.seconds, 0.2 + 1e-6);
+  EXPECT_THAT(failureOf(clip), HasSubstr("could not extract frame at 5.0s: the clip ends before that"));
 }
 
 TEST(FrameExtractor, ADurationOfZeroGivesTheFirstFrameInThisProgram) {

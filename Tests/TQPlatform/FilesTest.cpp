@@ -253,6 +253,21 @@ TEST(FileReader, ReadsInPiecesAndEndsWithZero) {
   EXPECT_EQ(reader.read(buffer), 0u);
 }
 
+TEST(FileReader, ReadsAnywhereAndSeesWhatWasAddedSince) {
+  const TemporaryFolder folder;
+  const fs::path file = folder.write("a", "abcdefg");
+  const FileReader reader(file);
+  std::array<std::uint8_t, 4> buffer{};
+  EXPECT_EQ(reader.readAt(5, buffer), 2u);
+  EXPECT_EQ(buffer[1], 'g');
+  EXPECT_EQ(reader.readAt(7, buffer), 0u);
+  folder.write("a", "abcdefghij");
+  EXPECT_EQ(reader.size(), 7);
+  EXPECT_EQ(reader.sizeNow(), 10);
+  EXPECT_EQ(reader.readAt(1, buffer), 4u);
+  EXPECT_EQ(buffer[0], 'b');
+}
+
 TEST(FileReader, AMissingFileIsAnErrorThatNamesIt) {
   const TemporaryFolder folder;
   try {

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stop_token>
+
+#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Files.hpp"
+#include "TQPlatform/Libav.hpp"
+#include "TQPlatform/SystemError.hpp"
+
+struct AVIOContext;
+
+namespace tq::libav {
+
+/// What the work on a clip listens to while it lasts: a stop request and a deadline.
+class Watch {
+ public:
+  /// Sets both for the scope of the guard; outside of any, nothing ends the work.
+  class Scope {
+   public:
+    Scope(Watch& watch, std::stop_token stop, Seconds allowed);
+    ~Scope() { watch_ = {}; }
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+   private:
+    Watch& watch_;
+  };
+
+  bool isOver() const;
+
+  /// Throws `Cancelled`, or `MediaError` after the deadline.
+  void check() const;
+
+ private:
+  std::stop_token stop_;
+  std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
+};
+
+/// A clip's file as libavformat reads it: this one descriptor, and no other file or address whatever the clip refers
+/// to. Its length may change meanwhile. Never moves, because libavformat keeps its address.
+class MediaFile {
+ public:
+  /// Throws `SystemError` when the file cannot be opened and `MediaError` when it is empty or no regular file; such a
+  /// one is never waited for. `watch` ends every read and must outlive this.
+  MediaFile(const std::filesystem::path& file, const Watch& watch);
+  ~MediaFile();
+  MediaFile(const MediaFile&) = delete;
+  MediaFile& operator=(const MediaFile&) = delete;
+
+  AVIOContext* context() const { return context_; }
+
+  /// From now on every read measures the tables that `format` holds, and ends once they list more than `samples`. Null
+  /// when there is none any more.
+  void measure(const AVFormatContext* format, std::int64_t samples);
+
+  /// Says why reading ended before the end of the file, by `Cancelled`, `SystemError` or `MediaError`; returns where it
+  /// did not. libavformat itself takes any failed read for the end.
+  void check() const;
+
+  /// Forgets a failed read, for another attempt.
+  void clearFailure();
+
+ private:
+  static int read(void* self, std::uint8_t* buffer, int size) noexcept;
+  static std::int64_t seek(void* self, std::int64_t offset, int whence) noexcept;
+  bool tablesTooLarge() const;
+  bool mayRead();
+
+  const Watch& watch_;
+  FileReader reader_;
+  AVIOContext* context_ = nullptr;
+  std::int64_t position_ = 0;
+  const AVFormatContext* format_ = nullptr;
+  std::int64_t mostSamples_ = 0;
+  bool outgrown_ = false;
+  std::optional<SystemError> failure_;
+};
+
+}  // namespace tq::libav
