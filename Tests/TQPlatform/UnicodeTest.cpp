@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <random>
+#include <unicode/ubrk.h>
+#include <unicode/utext.h>
 
 #include "TQPlatform/Unicode.hpp"
 
@@ -44,6 +47,64 @@ TEST(CharacterCount, CountsAMalformedSequenceAsItsReplacement) {
   for (const std::string_view text : {"\xff\xff", "a\xE2\x82z", "é\xff", "\xff\u0301"})
     EXPECT_EQ(characterCount(text), characterCount(validUTF8(text)));
   EXPECT_EQ(characterCount("\xff\xff"), 2u);
+}
+
+using Views = std::vector<std::string_view>;
+
+TEST(Characters, AreWhatAReaderSees) {
+  EXPECT_EQ(characters(""), Views{});
+  EXPECT_EQ(characters("ab"), (Views{"a", "b"}));
+  EXPECT_EQ(characters("é日e\u0301x"), (Views{"é", "日", accented, "x"}));
+  EXPECT_EQ(characters("a\r\nb\r"), (Views{"a", "\r\n", "b", "\r"}));
+  EXPECT_EQ(characters("👨‍👩‍👧🇩🇪🇫🇷🇩"), (Views{family, "🇩🇪", "🇫🇷", "🇩"}));
+  EXPECT_EQ(characters("\u0600a각"), (Views{"\u0600a", "각"}));
+}
+
+TEST(Characters, MayHoldANUL) {
+  const std::string_view text("a\0b\0\u0301", 6);
+  EXPECT_EQ(characters(text), (Views{"a", text.substr(1, 1), "b", text.substr(3, 1), "\u0301"}));
+}
+
+/// The boundaries as the library finds them in one walk over the whole text.
+Views charactersByICU(std::string_view text) {
+  UErrorCode code = U_ZERO_ERROR;
+  UText* const source = utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &code);
+  UBreakIterator* const breaks = ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &code);
+  ubrk_setUText(breaks, source, &code);
+  EXPECT_TRUE(U_SUCCESS(code));
+  Views all;
+  std::size_t start = 0;
+  for (std::int32_t end = ubrk_next(breaks); end != UBRK_DONE; end = ubrk_next(breaks)) {
+    all.push_back(text.substr(start, static_cast<std::size_t>(end) - start));
+    start = static_cast<std::size_t>(end);
+  }
+  ubrk_close(breaks);
+  utext_close(source);
+  return all;
+}
+
+TEST(Characters, AreThoseOfAWholeWalkInAnyMixture) {
+  const std::vector<std::string> pieces{
+      "a",      " ",      "Z",      "\r",     "\n",      "\r\n",   "\t",     std::string(1, '\0'),
+      "é",      "ß",      "日",     "ی",      "א",       "\u0301", "\uFE0F", "\u200D",
+      "\u20E3", "👨",      "👩",      "🏽",   "🇩",       "🇪",      "#",      "각",
+      "\u1100", "\u1161", "\u11A8", "\u0600", "\u0915",  "\u094D", "\u0937", "\u0E33",
+      "\u2028", "\u200B", "\u0903", "\xff",   "\xE2\x82"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 20'000; ++round) {
+    std::string text;
+    for (std::size_t length = random() % 12; length > 0; --length)
+      text += pieces[random() % pieces.size()];
+    ASSERT_EQ(characters(text), charactersByICU(text)) << testing::PrintToString(text);
+  }
+}
+
+TEST(IsWhiteSpace, IsToldByTheFirstCodePoint) {
+  for (const std::string_view character : {" ", "\t", "\n", "\r\n", "\u00A0", "\u3000", "\u2028", " \u0301", " \u200D"})
+    EXPECT_TRUE(isWhiteSpace(character)) << character;
+  for (const std::string_view character : {"a", "\u200B", "\uFEFF", "\u0600 ", "\xff", ""})
+    EXPECT_FALSE(isWhiteSpace(character)) << character;
+  EXPECT_FALSE(isWhiteSpace(std::string_view("\0", 1)));
 }
 
 TEST(CharacterPrefix, CutsASCII) {
