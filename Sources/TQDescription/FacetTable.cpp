@@ -9,15 +9,18 @@
 
 namespace tq {
 
+TextDictionary::Number FacetTable::Field::add(std::string_view key, std::string_view display) {
+  const TextDictionary::Number number = keys.add(key);
+  if (number == values.size()) values.push_back({std::string(display), {}});
+  return number;
+}
+
 std::optional<TextDictionary::Number> FacetTable::Field::valueOf(std::string_view text) {
   const TextDictionary::Number spelling = spellings.add(text);
   if (spelling < valueOfSpelling.size()) return valueOfSpelling[spelling];
 
   std::optional<TextDictionary::Number> number;
-  if (const std::string_view value = trimmed(text); !value.empty()) {
-    number = keys.add(lowercased(value));
-    if (*number == values.size()) values.push_back({std::string(value), {}});
-  }
+  if (const std::string_view value = trimmed(text); !value.empty()) number = add(lowercased(value), value);
   valueOfSpelling.push_back(number);
   return number;
 }
@@ -33,6 +36,20 @@ void FacetTable::add(const DescriptionResult& record) {
       if (records.empty() || records.back() != recordNumber) records.push_back(recordNumber);
     });
   }
+}
+
+void FacetTable::append(const FacetTable& other) {
+  for (std::size_t field = 0; field < fields_.size(); ++field) {
+    const Field& from = other.fields_[field];
+    for (std::size_t number = 0; number < from.values.size(); ++number) {
+      const Value& value = from.values[number];
+      const auto key = from.keys.text(static_cast<TextDictionary::Number>(number));
+      std::vector<std::uint32_t>& records = fields_[field].values[fields_[field].add(key, value.display)].records;
+      for (const std::uint32_t record : value.records)
+        records.push_back(static_cast<std::uint32_t>(recordCount_ + record));
+    }
+  }
+  recordCount_ += other.recordCount_;
 }
 
 FacetOptions FacetTable::options() const {

@@ -18,6 +18,9 @@ class FacetTable {
   /// Takes in the next record; the first one has the number 0.
   void add(const DescriptionResult& record);
 
+  /// Takes in the records of another table behind its own.
+  void append(const FacetTable& other);
+
   /// What the records offer.
   FacetOptions options() const;
 
@@ -31,6 +34,9 @@ class FacetTable {
   };
 
   struct Field {
+    /// The number of the value with that lower-cased form, a new value if there is none yet.
+    TextDictionary::Number add(std::string_view key, std::string_view display);
+
     /// The value's number for a text as it stands in a record; absent when nothing is left of it. Each spelling is
     /// trimmed and lower-cased only once.
     std::optional<TextDictionary::Number> valueOf(std::string_view text);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
@@ -20,10 +21,12 @@ namespace tq {
 /// ask.
 class SearchIndex {
  public:
+  /// Gives a record by its number; called by several threads at once when the width is above 1.
   using RecordAt = std::function<const DescriptionResult&(std::size_t number)>;
 
-  /// Over the records `record(0)` to `record(count - 1)`.
-  SearchIndex(std::size_t count, const RecordAt& record);
+  /// Over the records `record(0)` to `record(count - 1)`, of which there may be up to 2^32, made by `width` threads.
+  /// Throws what `record` throws, and `Cancelled` on a stop request.
+  SearchIndex(std::size_t count, const RecordAt& record, std::size_t width = 1, std::stop_token stop = {});
   explicit SearchIndex(std::span<const DescriptionResult> records);
   ~SearchIndex();
   SearchIndex(SearchIndex&&) noexcept;

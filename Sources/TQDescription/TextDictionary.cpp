@@ -1,7 +1,9 @@
 #include "TQDescription/TextDictionary.hpp"
 
+#include <algorithm>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 
 namespace tq {
@@ -39,6 +41,13 @@ std::optional<TextDictionary::Number> TextDictionary::find(std::string_view text
 std::string_view TextDictionary::text(Number number) const {
   const std::size_t start = number == 0 ? 0 : ends_[number - 1];
   return std::string_view(texts_).substr(start, ends_[number] - start);
+}
+
+std::vector<TextDictionary::Number> TextDictionary::inOrderOfBytes() const {
+  std::vector<Number> order(size());
+  std::iota(order.begin(), order.end(), Number{0});
+  std::sort(order.begin(), order.end(), [&](Number a, Number b) { return text(a) < text(b); });
+  return order;
 }
 
 std::size_t TextDictionary::slotOf(std::string_view sought, std::uint32_t hash) const {

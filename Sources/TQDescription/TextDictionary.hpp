@@ -25,6 +25,9 @@ class TextDictionary {
 
   std::size_t size() const { return ends_.size(); }
 
+  /// All numbers, sorted by the bytes of their texts.
+  std::vector<Number> inOrderOfBytes() const;
+
  private:
   /// Where the text stands, or the empty slot where it would.
   std::size_t slotOf(std::string_view text, std::uint32_t hash) const;

@@ -5,7 +5,7 @@
 
 namespace tq {
 
-WordPattern::WordPattern(std::string word) : word_(std::move(word)), characters_(characters(word_)) {}
+WordPattern::WordPattern(std::string word) : word_(std::move(word)), characters_(tq::characters(word_)) {}
 
 bool WordPattern::begins(std::string_view token) const {
   return matchesLongerWords() && token.size() > word_.size() && token.starts_with(word_) &&
@@ -13,7 +13,7 @@ bool WordPattern::begins(std::string_view token) const {
 }
 
 bool WordPattern::resembles(std::string_view token) const {
-  return matchesSimilarWords() && isWithinEditDistance(characters_, characters(token), threshold());
+  return matchesSimilarWords() && isWithinEditDistance(characters_, tq::characters(token), threshold());
 }
 
 }  // namespace tq

@@ -19,6 +19,7 @@ class WordPattern {
   WordPattern& operator=(const WordPattern&) = delete;
 
   const std::string& word() const { return word_; }
+  const std::vector<std::string_view>& characters() const { return characters_; }
   std::size_t length() const { return characters_.size(); }
 
   /// How many edits a similar word may be away.
