@@ -1,51 +1,52 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
-#include <variant>
+#include <utility>
 #include <vector>
 
 #include "TQDescription/Facets.hpp"
 
 namespace tq {
 
-using GlobalList = std::optional<std::vector<std::string>> GlobalSummary::*;
-using ShotText = std::optional<std::string> Shot::*;
-using SettingText = std::optional<std::string> Setting::*;
+// Where the values of each field stand: in one list of the whole clip, or in one text of every shot.
 
-/// Where a field's values stand: in one list of the whole clip, or in one text of every shot.
-struct FacetSource {
-  std::string_view label;
-  std::variant<GlobalList, ShotText, SettingText> place;
-};
+inline constexpr auto globalFacets =
+    std::to_array<std::pair<FacetField, std::optional<std::vector<std::string>> GlobalSummary::*>>({
+        {FacetField::theme, &GlobalSummary::themes},
+        {FacetField::keyword, &GlobalSummary::searchKeywords},
+        {FacetField::useCase, &GlobalSummary::suggestedUseCases},
+        {FacetField::subject, &GlobalSummary::primarySubjects},
+    });
 
-const FacetSource& sourceOf(FacetField field);
+inline constexpr auto shotFacets = std::to_array<std::pair<FacetField, std::optional<std::string> Shot::*>>({
+    {FacetField::shotType, &Shot::shotType},
+    {FacetField::cameraMotion, &Shot::cameraMotion},
+    {FacetField::mood, &Shot::overallMood},
+});
 
-/// Calls `visit` with each text that the field has in the record, as it stands there.
+inline constexpr auto settingFacets = std::to_array<std::pair<FacetField, std::optional<std::string> Setting::*>>({
+    {FacetField::timeOfDay, &Setting::timeOfDay},
+    {FacetField::lighting, &Setting::lighting},
+    {FacetField::environment, &Setting::environment},
+    {FacetField::weather, &Setting::weather},
+});
+
+/// Calls `visit` with each text of the record that is a field's, as it stands there; those of one field in their order.
 template <class Visit>
-void forEachFacetText(FacetField field, const DescriptionResult& record, Visit visit) {
-  struct Places {
-    const DescriptionResult& in;
-    Visit& visit;
-
-    void operator()(GlobalList list) const {
-      if (const auto& texts = in.global.*list)
-        for (const std::string& text : *texts)
-          visit(text);
-    }
-    void operator()(ShotText member) const {
-      for (const Shot& shot : in.shots)
-        if (const auto& text = shot.*member) visit(*text);
-    }
-    void operator()(SettingText member) const {
-      for (const Shot& shot : in.shots)
-        if (!shot.setting)
-          continue;
-        else if (const auto& text = (*shot.setting).*member)
-          visit(*text);
-    }
-  };
-  std::visit(Places{record, visit}, sourceOf(field).place);
+void forEachFacetText(const DescriptionResult& record, Visit visit) {
+  for (const auto& [field, list] : globalFacets)
+    if (const auto& texts = record.global.*list)
+      for (const std::string& text : *texts)
+        visit(field, text);
+  for (const Shot& shot : record.shots) {
+    for (const auto& [field, member] : shotFacets)
+      if (const auto& text = shot.*member) visit(field, *text);
+    if (!shot.setting) continue;
+    for (const auto& [field, member] : settingFacets)
+      if (const auto& text = (*shot.setting).*member) visit(field, *text);
+  }
 }
 
 }  // namespace tq

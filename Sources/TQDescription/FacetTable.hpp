@@ -19,7 +19,7 @@ class FacetTable {
   void add(const DescriptionResult& record);
 
   /// Takes in the records of another table behind its own.
-  void append(const FacetTable& other);
+  void append(FacetTable other);
 
   /// What the records offer.
   FacetOptions options() const;
@@ -28,23 +28,34 @@ class FacetTable {
   std::vector<bool> matches(const FacetSelection& selection) const;
 
  private:
-  struct Value {
-    std::string display;                 ///< the form met first
-    std::vector<std::uint32_t> records;  ///< ascending
-  };
+  using Value = TextDictionary::Number;
 
-  struct Field {
-    /// The number of the value with that lower-cased form, a new value if there is none yet.
-    TextDictionary::Number add(std::string_view key, std::string_view display);
+  class Field {
+   public:
+    void add(std::string_view text, std::uint32_t record);
+    void append(Field other);
+    void endRecord() { ends_.push_back(valuesOfRecords_.size()); }
 
-    /// The value's number for a text as it stands in a record; absent when nothing is left of it. Each spelling is
-    /// trimmed and lower-cased only once.
-    std::optional<TextDictionary::Number> valueOf(std::string_view text);
+    std::vector<FacetValue> values() const;
+    std::vector<bool> having(const std::set<std::string>& choices) const;
 
-    TextDictionary spellings;
-    std::vector<std::optional<TextDictionary::Number>> valueOfSpelling;
-    TextDictionary keys;  ///< lower-cased
-    std::vector<Value> values;
+   private:
+    struct Tally {
+      std::uint32_t records = 0;
+      std::uint32_t last = 0;  ///< one above the number of the last record
+    };
+
+    /// The value of a text as it stands in a record, or `none`. Each spelling is trimmed and lower-cased only once.
+    Value valueOf(std::string_view text);
+    Value valueWith(std::string_view key, std::string_view display);
+
+    TextDictionary spellings_;
+    std::vector<Value> valueOfSpelling_;
+    TextDictionary keys_;                 ///< lower-cased, by value
+    std::vector<std::string> displays_;   ///< by value: the form met first
+    std::vector<Tally> tallies_;          ///< by value
+    std::vector<Value> valuesOfRecords_;  ///< each record's in turn
+    std::vector<std::size_t> ends_;       ///< by record: end of its values within valuesOfRecords_
   };
 
   std::size_t recordCount_ = 0;

@@ -10,19 +10,9 @@
 namespace tq {
 namespace {
 
-const auto sources = std::to_array<FacetSource>({
-    {"Theme", &GlobalSummary::themes},
-    {"Keyword", &GlobalSummary::searchKeywords},
-    {"Use case", &GlobalSummary::suggestedUseCases},
-    {"Subject", &GlobalSummary::primarySubjects},
-    {"Shot", &Shot::shotType},
-    {"Motion", &Shot::cameraMotion},
-    {"Time", &Setting::timeOfDay},
-    {"Lighting", &Setting::lighting},
-    {"Environment", &Setting::environment},
-    {"Weather", &Setting::weather},
-    {"Mood", &Shot::overallMood},
-});
+constexpr auto labels = std::to_array<std::string_view>({"Theme", "Keyword", "Use case", "Subject", "Shot", "Motion",
+                                                         "Time", "Lighting", "Environment", "Weather", "Mood"});
+static_assert(labels.size() == rawValues<FacetField>.size());
 
 std::set<std::string> lowercasedAll(const auto& texts) {
   std::set<std::string> lower;
@@ -37,12 +27,8 @@ bool haveCommon(const std::set<std::string>& a, const std::set<std::string>& b) 
 
 }  // namespace
 
-const FacetSource& sourceOf(FacetField field) {
-  return sources.at(static_cast<std::size_t>(field));
-}
-
 std::string_view label(FacetField field) {
-  return sourceOf(field).label;
+  return labels.at(static_cast<std::size_t>(field));
 }
 
 template <>
@@ -58,16 +44,21 @@ FacetSelection activeFacets(const FacetSelection& facets) {
 
 std::vector<std::string> FacetIndex::values(FacetField field, const DescriptionResult& in) {
   std::vector<std::string> values;
-  forEachFacetText(field, in, [&](std::string_view text) {
+  forEachFacetText(in, [&](FacetField of, std::string_view text) {
+    if (of != field) return;
     if (const std::string_view value = trimmed(text); !value.empty()) values.emplace_back(value);
   });
   return values;
 }
 
 FacetOptions FacetIndex::build(std::span<const DescriptionResult> from) {
+  return build(from.size(), recordsIn(from), 1);
+}
+
+FacetOptions FacetIndex::build(std::size_t count, const RecordAt& record, std::size_t width) {
   FacetTable table;
-  for (const DescriptionResult& record : from)
-    table.add(record);
+  for (FacetTable& portion : inPortions<FacetTable>(count, record, width, {}))
+    table.append(std::move(portion));
   return table.options();
 }
 

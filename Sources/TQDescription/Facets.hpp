@@ -12,6 +12,7 @@
 #include "TQCore/Models/DescriptionResult.hpp"
 #include "TQCore/RawValue.hpp"
 #include "TQCore/RecordJSON.hpp"
+#include "TQDescription/RecordSequence.hpp"
 
 namespace tq {
 
@@ -74,6 +75,9 @@ struct FacetIndex {
 
   /// Counts each record once for a value, whatever its case of letters; the form met first is the one shown.
   static FacetOptions build(std::span<const DescriptionResult> from);
+
+  /// The same of `count` records, by `width` threads.
+  static FacetOptions build(std::size_t count, const RecordAt& record, std::size_t width);
 
   /// True when the record has, in any case of letters, a chosen value of each field that asks for something.
   static bool matches(const FacetSelection& selection, const DescriptionResult& record);

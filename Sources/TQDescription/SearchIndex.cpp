@@ -8,25 +8,27 @@
 #include "TQDescription/KeywordScores.hpp"
 #include "TQDescription/SearchQuery.hpp"
 #include "TQDescription/WordIndex.hpp"
-#include "TQPlatform/Tasks.hpp"
 
 namespace tq {
 namespace {
 
-/// As many records as one thread prepares at a time.
-constexpr std::size_t blockSize = 1024;
-
-/// Neighbouring records, prepared by one thread.
-struct Block {
-  WordBlock words;
-  FacetTable facets;
-  std::vector<PredicateFacts> facts;
-
+/// Neighbouring records, taken in by one thread.
+class Portion {
+ public:
   void add(const DescriptionResult& record) {
-    words.add(record);
+    if (facts.size() % blockSize == 0) words.emplace_back();
+    words.back().add(record);
     facets.add(record);
     facts.push_back(PredicateFacts::of(record));
   }
+
+  std::vector<WordBlock> words;
+  FacetTable facets;
+  std::vector<PredicateFacts> facts;
+
+ private:
+  /// Few enough for the words of a block to stay in the processor's cache.
+  static constexpr std::size_t blockSize = 1024;
 };
 
 /// A hit before its texts are looked up. `number` is that of a record or, where one stands for all that have it, of a
@@ -110,32 +112,25 @@ struct SearchIndex::State {
 };
 
 SearchIndex::SearchIndex(std::size_t count, const RecordAt& record, std::size_t width, std::stop_token stop) {
-  std::vector<Block> blocks((count + blockSize - 1) / blockSize);
-  forEachWindowed(blocks.size(), width, std::move(stop), [&](std::size_t index, std::stop_token) {
-    for (std::size_t number = index * blockSize; number < std::min(count, (index + 1) * blockSize); ++number)
-      blocks[index].add(record(number));
-  });
-
   auto state = std::make_unique<State>();
+  std::vector<WordBlock> words;
+  for (Portion& portion : inPortions<Portion>(count, record, width, std::move(stop))) {
+    std::move(portion.words.begin(), portion.words.end(), std::back_inserter(words));
+    state->facts.insert(state->facts.end(), portion.facts.begin(), portion.facts.end());
+    state->facets.append(std::move(portion.facets));
+  }
+  state->words = WordIndex(std::move(words));
+  state->facetOptions = state->facets.options();
   for (std::size_t number = 0; number < count; ++number) {
     state->filenames.add(record(number).source.filename);
     state->oneLines.push_back(record(number).global.overallSummaryOneLine);
   }
   state->filenames.finish();
-  std::vector<WordBlock> words;
-  for (Block& block : blocks) {
-    state->facets.append(block.facets);
-    state->facts.insert(state->facts.end(), block.facts.begin(), block.facts.end());
-    words.push_back(std::move(block.words));
-    block = {};
-  }
-  state->facetOptions = state->facets.options();
-  state->words = WordIndex(std::move(words));
   state_ = std::move(state);
 }
 
 SearchIndex::SearchIndex(std::span<const DescriptionResult> records)
-    : SearchIndex(records.size(), [&](std::size_t number) -> const DescriptionResult& { return records[number]; }) {}
+    : SearchIndex(records.size(), recordsIn(records)) {}
 
 SearchIndex::~SearchIndex() = default;
 SearchIndex::SearchIndex(SearchIndex&&) noexcept = default;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "TQDescription/Facets.hpp"
+#include "TQDescription/RecordSequence.hpp"
 #include "TQDescription/SearchEngine.hpp"
 
 namespace tq {
@@ -21,9 +21,6 @@ namespace tq {
 /// ask.
 class SearchIndex {
  public:
-  /// Gives a record by its number; called by several threads at once when the width is above 1.
-  using RecordAt = std::function<const DescriptionResult&(std::size_t number)>;
-
   /// Over the records `record(0)` to `record(count - 1)`, of which there may be up to 2^32, made by `width` threads.
   /// Throws what `record` throws, and `Cancelled` on a stop request.
   SearchIndex(std::size_t count, const RecordAt& record, std::size_t width = 1, std::stop_token stop = {});

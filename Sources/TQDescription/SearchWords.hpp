@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -8,18 +7,33 @@
 
 namespace tq {
 
-/// True for a character that separates words, white space aside. A sign that carries a mark, as a keycap does, is
-/// another character.
-inline bool isPunctuation(std::string_view character) {
-  constexpr std::string_view signs = ".,;:?!\"'()[]{}/\\|*#@$&+=";
-  static_assert(signs.size() == 24);
-  return character.size() == 1 && signs.find(character.front()) != std::string_view::npos;
+namespace detail {
+
+/// By byte: whether it separates words as a character of its own.
+inline constexpr auto separatorBytes = [] {
+  std::array<bool, 256> separators{};
+  constexpr std::string_view punctuation = ".,;:?!\"'()[]{}/\\|*#@$&+=";
+  static_assert(punctuation.size() == 24);
+  for (const char sign : punctuation)
+    separators[static_cast<unsigned char>(sign)] = true;
+  for (const char blank : {' ', '\t', '\n', '\v', '\f', '\r'})
+    separators[static_cast<unsigned char>(blank)] = true;
+  return separators;
+}();
+
+}  // namespace detail
+
+/// True for a character that stands between words: white space or punctuation. A sign that carries a mark, as a keycap
+/// does, is another character than the sign.
+inline bool separatesWords(std::string_view character) {
+  if (character.size() == 1) return detail::separatorBytes[static_cast<unsigned char>(character.front())];
+  return isWhiteSpace(character);
 }
 
 /// True for a word that says nothing.
 bool isStopword(std::string_view word);
 
-/// Calls `visit` with each word of a text in lower case, in order.
+/// Calls `visit` with each word of a lower-cased text in order, as a view into it.
 template <class Visit>
 void forEachWord(std::string_view lowercasedText, Visit visit) {
   CharacterWalk walk(lowercasedText);
@@ -31,7 +45,7 @@ void forEachWord(std::string_view lowercasedText, Visit visit) {
   };
   for (std::string_view character = walk.next(); !character.empty(); character = walk.next()) {
     const std::size_t next = end + character.size();
-    if (isWhiteSpace(character) || isPunctuation(character)) {
+    if (separatesWords(character)) {
       finish();
       start = next;
     }

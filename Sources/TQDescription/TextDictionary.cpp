@@ -20,22 +20,21 @@ std::uint32_t hashOfText(std::string_view text) {
 TextDictionary::Number TextDictionary::add(std::string_view text) {
   if (2 * (size() + 1) > slots_.size()) grow();
   const std::uint32_t hash = hashOfText(text);
-  std::uint32_t& slot = slots_[slotOf(text, hash)];
-  if (slot != 0) return slot - 1;
+  Slot& slot = slots_[slotOf(text, hash)];
+  if (slot.above != 0) return slot.above - 1;
 
   if (size() == std::numeric_limits<Number>::max()) throw std::length_error("TextDictionary: too many texts");
   texts_ += text;
   ends_.push_back(texts_.size());
-  hashes_.push_back(hash);
-  slot = static_cast<Number>(size());
-  return slot - 1;
+  slot = {static_cast<Number>(size()), hash};
+  return slot.above - 1;
 }
 
 std::optional<TextDictionary::Number> TextDictionary::find(std::string_view text) const {
   if (slots_.empty()) return std::nullopt;
-  const std::uint32_t slot = slots_[slotOf(text, hashOfText(text))];
-  if (slot == 0) return std::nullopt;
-  return slot - 1;
+  const Slot& slot = slots_[slotOf(text, hashOfText(text))];
+  if (slot.above == 0) return std::nullopt;
+  return slot.above - 1;
 }
 
 std::string_view TextDictionary::text(Number number) const {
@@ -52,20 +51,21 @@ std::vector<TextDictionary::Number> TextDictionary::inOrderOfBytes() const {
 
 std::size_t TextDictionary::slotOf(std::string_view sought, std::uint32_t hash) const {
   const std::size_t mask = slots_.size() - 1;
-  std::size_t slot = hash & mask;
-  while (slots_[slot] != 0 && (hashes_[slots_[slot] - 1] != hash || text(slots_[slot] - 1) != sought))
-    slot = (slot + 1) & mask;
-  return slot;
+  std::size_t place = hash & mask;
+  while (slots_[place].above != 0 && (slots_[place].hash != hash || text(slots_[place].above - 1) != sought))
+    place = (place + 1) & mask;
+  return place;
 }
 
 void TextDictionary::grow() {
-  std::vector<std::uint32_t> larger(std::max(2 * slots_.size(), fewestSlots));
+  std::vector<Slot> larger(std::max(2 * slots_.size(), fewestSlots));
   const std::size_t mask = larger.size() - 1;
-  for (std::size_t number = 0; number < size(); ++number) {
-    std::size_t slot = hashes_[number] & mask;
-    while (larger[slot] != 0)
-      slot = (slot + 1) & mask;
-    larger[slot] = static_cast<std::uint32_t>(number + 1);
+  for (const Slot& slot : slots_) {
+    if (slot.above == 0) continue;
+    std::size_t place = slot.hash & mask;
+    while (larger[place].above != 0)
+      place = (place + 1) & mask;
+    larger[place] = slot;
   }
   slots_ = std::move(larger);
 }

@@ -29,14 +29,18 @@ class TextDictionary {
   std::vector<Number> inOrderOfBytes() const;
 
  private:
+  struct Slot {
+    std::uint32_t above = 0;  ///< number + 1, or 0 for an empty one
+    std::uint32_t hash = 0;   ///< so that nearly all comparisons and all growth need no text
+  };
+
   /// Where the text stands, or the empty slot where it would.
   std::size_t slotOf(std::string_view text, std::uint32_t hash) const;
   void grow();
 
   std::string texts_;
-  std::vector<std::size_t> ends_;      ///< by number: end of the text within texts_
-  std::vector<std::uint32_t> hashes_;  ///< by number, so that most comparisons and all growth need no text
-  std::vector<std::uint32_t> slots_;   ///< open addressing, a power of two: number + 1, or 0 for an empty one
+  std::vector<std::size_t> ends_;  ///< by number: end of the text within texts_
+  std::vector<Slot> slots_;        ///< open addressing, a power of two
 };
 
 }  // namespace tq

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <stop_token>
+#include <vector>
+
+#include "TQCore/Models/DescriptionResult.hpp"
+#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Tasks.hpp"
+
+namespace tq {
+
+/// Gives a record by its number, from any thread. The reference stays valid for as long as the function is used.
+using RecordAt = std::function<const DescriptionResult&(std::size_t number)>;
+
+inline RecordAt recordsIn(std::span<const DescriptionResult> records) {
+  return [records](std::size_t number) -> const DescriptionResult& { return records[number]; };
+}
+
+/// Divides `count` records into at most `width` portions of neighbours and has each of them taken in by a thread of its
+/// own, record by record through `add`. Gives the portions in their order. A stop request ends it with `Cancelled`.
+template <class Portion>
+std::vector<Portion> inPortions(std::size_t count, const RecordAt& record, std::size_t width, std::stop_token stop) {
+  std::vector<Portion> portions(std::max<std::size_t>(width, 1));
+  forEachWindowed(portions.size(), portions.size(), std::move(stop),
+                  [&](std::size_t index, const std::stop_token& end) {
+                    const std::size_t last = count * (index + 1) / portions.size();
+                    for (std::size_t number = count * index / portions.size(); number < last; ++number) {
+                      if (end.stop_requested()) throw Cancelled();
+                      portions[index].add(record(number));
+                    }
+                  });
+  return portions;
+}
+
+}  // namespace tq
