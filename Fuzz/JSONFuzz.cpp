@@ -1,15 +1,25 @@
 #include "Fuzz/Property.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSONReader.hpp"
 
 namespace tq {
+namespace {
+
+std::optional<JSONValue> patientlyRead(std::string_view text) {
+  try {
+    return readJSONPatiently(text);
+  } catch (const JSONError&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
 
 void fuzz::check(ByteView input) {
-  JSONValue value;
-  try {
-    value = parseJSON(textOf(input));
-  } catch (const JSONError&) {
-    return;
-  }
+  const std::optional<JSONValue> patient = patientlyRead(textOf(input));
+  if (const std::optional<JSONValue> quick = readJSONQuickly(textOf(input)))
+    require(quick == patient, "what the quick reader reads the patient one reads as well, and the same");
+  if (!patient) return;
+  const JSONValue& value = *patient;
   for (const JSONLayout layout : {JSONLayout::compact, JSONLayout::pretty}) {
     const std::string text = writeJSON(value, layout);
     const JSONValue again = parseJSON(text);

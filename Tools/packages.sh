@@ -1,7 +1,8 @@
 # Sourced by ./run and ./test: which Debian 12 packages they need, and how missing ones get installed.
 
-build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev libicu-dev libcurl4-openssl-dev
-  libssl-dev uuid-dev qt6-base-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libturbojpeg0-dev)
+build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev libsimdjson-dev libicu-dev
+  libcurl4-openssl-dev libssl-dev uuid-dev qt6-base-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
+  libturbojpeg0-dev)
 run_packages=(ffmpeg ca-certificates)
 test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils)
 
