@@ -72,11 +72,9 @@ std::vector<std::string> lastLineOf(std::string_view csv) {
 }
 
 ExportItem itemNamed(const std::string& name) {
-  ExportItem item;
-  item.mediaURL = "/clips/a.mov";
-  item.result.source.filename = name;
-  item.ranges = {{0, 1, name}};
-  return item;
+  DescriptionResult result;
+  result.source.filename = name;
+  return {.mediaURL = "/clips/a.mov", .result = result, .ranges = {{0, 1, name}}};
 }
 
 }  // namespace

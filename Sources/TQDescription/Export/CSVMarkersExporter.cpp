@@ -24,7 +24,7 @@ std::string CSVMarkersExporter::exportItems(const std::vector<ExportItem>& items
   for (const ExportItem& item : items) {
     const auto timecode = [&](double seconds) { return Timecode::smpte(seconds, item.frameRate()).formatted(); };
     for (const ExportRange& range : item.ranges)
-      text += field(item.result.source.filename) + "," + timecode(range.startSeconds) + "," +
+      text += field(item.result->source.filename) + "," + timecode(range.startSeconds) + "," +
               timecode(range.endSeconds) + "," + field(range.name.value_or("")) + "\n";
   }
   return validUTF8(text);

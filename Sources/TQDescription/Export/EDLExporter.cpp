@@ -33,7 +33,7 @@ std::string EDLExporter::exportItems(const std::vector<ExportItem>& items, std::
       const double next = position + range.durationSeconds();
       text += paddedText(++events, 3) + "  AX       V     C        " +
               span(range.startSeconds, range.endSeconds, item.frameRate()) + " " + span(position, next, recordRate) +
-              "\n* FROM CLIP NAME: " + item.result.source.filename + "\n";
+              "\n* FROM CLIP NAME: " + item.result->source.filename + "\n";
       if (range.name && !range.name->empty()) text += "* COMMENT: " + onOneLine(*range.name) + "\n";
       position = next;
     }

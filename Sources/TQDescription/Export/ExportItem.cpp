@@ -56,25 +56,25 @@ std::size_t hashOf(const ExportRange& range) {
   return hashOfValues(range.startSeconds, range.endSeconds, range.name);
 }
 
-ExportItem ExportItem::make(std::filesystem::path mediaURL, DescriptionResult result, bool wholeClip) {
-  const double end = std::max(0.0, result.source.durationSeconds);
+ExportItem ExportItem::make(std::filesystem::path mediaURL, Shared<DescriptionResult> result, bool wholeClip) {
+  const double end = std::max(0.0, result->source.durationSeconds);
   std::vector<ExportRange> ranges;
-  if (!wholeClip) ranges = rangesOfShots(result, end);
-  if (ranges.empty()) ranges = {{0, end, result.global.overallSummaryOneLine}};
+  if (!wholeClip) ranges = rangesOfShots(*result, end);
+  if (ranges.empty()) ranges = {{0, end, result->global.overallSummaryOneLine}};
   return {.mediaURL = std::move(mediaURL), .result = std::move(result), .ranges = std::move(ranges)};
 }
 
 double ExportItem::frameRate() const {
-  return result.source.frameRate > 0 ? result.source.frameRate : standardFrameRate;
+  return result->source.frameRate > 0 ? result->source.frameRate : standardFrameRate;
 }
 
 double ExportItem::durationSeconds() const {
-  return result.source.durationSeconds;
+  return result->source.durationSeconds;
 }
 
 template <>
 std::size_t hashOf(const ExportItem& item) {
-  return hashOfValues(item.mediaURL, item.result, item.ranges);
+  return hashOfValues(item.mediaURL, *item.result, item.ranges);
 }
 
 double timelineFrameRate(const std::vector<ExportItem>& items) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "TQCore/Models/DescriptionResult.hpp"
+#include "TQCore/Shared.hpp"
 
 namespace tq {
 
@@ -26,12 +27,12 @@ std::size_t hashOf(const ExportRange&);
 /// A clip and what is taken from it.
 struct ExportItem {
   std::filesystem::path mediaURL;
-  DescriptionResult result;
-  std::vector<ExportRange> ranges;  ///< in timeline order
+  Shared<DescriptionResult> result = DescriptionResult();  ///< always has a value
+  std::vector<ExportRange> ranges;                         ///< in timeline order
 
   /// The whole clip as one range, or a range for each shot that tells its time, up to the next such shot. Fewer than
   /// two of them are taken for the whole clip as well.
-  static ExportItem make(std::filesystem::path mediaURL, DescriptionResult result, bool wholeClip);
+  static ExportItem make(std::filesystem::path mediaURL, Shared<DescriptionResult> result, bool wholeClip);
 
   /// Frames a second, always above 0: 25 where the record knows none.
   double frameRate() const;

@@ -44,7 +44,7 @@ std::string assets(const std::vector<ExportItem>& items, const Resources& resour
   std::string text;
   for (std::size_t index = 0; index < items.size(); ++index) {
     const ExportItem& item = items[index];
-    text += "    <asset id=\"" + resources.assetOf(index) + "\" name=\"" + xmlEscaped(item.result.source.filename) +
+    text += "    <asset id=\"" + resources.assetOf(index) + "\" name=\"" + xmlEscaped(item.result->source.filename) +
             R"(" start="0s" duration=")" + FCPXMLExporter::rationalTime(item.durationSeconds(), item.frameRate()) +
             R"(" hasVideo="1" format=")" + resources.formatOf(index) + "\">\n" +
             R"(      <media-rep kind="original-media" src=")" + xmlEscaped(fileURL(item.mediaURL)) + "\"/>\n" +
@@ -68,7 +68,7 @@ Spine spine(const std::vector<ExportItem>& items, const Resources& resources) {
     for (const ExportRange& range : item.ranges) {
       spine.text += "          <asset-clip ref=\"" + resources.assetOf(index) + "\" offset=\"" +
                     FCPXMLExporter::rationalTime(spine.seconds, timelineRate) + "\" name=\"" +
-                    xmlEscaped(range.name.value_or(item.result.source.filename)) + "\" start=\"" +
+                    xmlEscaped(range.name.value_or(item.result->source.filename)) + "\" start=\"" +
                     time(range.startSeconds) + "\" duration=\"" + time(range.durationSeconds()) + "\" format=\"" +
                     resources.formatOf(index) + "\"/>\n";
       spine.seconds += range.durationSeconds();

@@ -8,14 +8,13 @@
 namespace tq::test {
 
 /// A clip "/clips/<filename>" of a minute, with these ranges.
-inline ExportItem exportItem(const std::string& filename, std::vector<ExportRange> ranges, double frameRate = 25) {
-  ExportItem item;
-  item.mediaURL = "/clips/" + filename;
-  item.result.source.filename = filename;
-  item.result.source.durationSeconds = 60;
-  item.result.source.frameRate = frameRate;
-  item.ranges = std::move(ranges);
-  return item;
+inline ExportItem exportItem(const std::string& filename, std::vector<ExportRange> ranges, double frameRate = 25,
+                             double durationSeconds = 60) {
+  DescriptionResult result;
+  result.source.filename = filename;
+  result.source.durationSeconds = durationSeconds;
+  result.source.frameRate = frameRate;
+  return {.mediaURL = "/clips/" + filename, .result = result, .ranges = std::move(ranges)};
 }
 
 /// Valid UTF-8 without line breaks and tabs that a careless writer of text files stumbles over.

@@ -1,9 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ExportFixture.hpp"
 #include "TQDescription/Export/ExportItem.hpp"
 
-namespace tq {
+namespace tq::test {
 namespace {
 
 using testing::ElementsAre;
@@ -37,7 +38,7 @@ TEST(ExportItemMake, KeepsTheClipAndItsRecord) {
   const DescriptionResult result = tenSeconds({});
   const ExportItem item = ExportItem::make("/clips/a.mov", result, true);
   EXPECT_EQ(item.mediaURL, "/clips/a.mov");
-  EXPECT_EQ(item.result, result);
+  EXPECT_EQ(*item.result, result);
 }
 
 TEST(ExportItemMake, AWholeClipIsOneRangeWhateverItsShots) {
@@ -123,19 +124,13 @@ TEST(ExportItemMake, ARangeIsNamedByNotesThenTagThenSummary) {
 }
 
 TEST(ExportItem, TheFrameRateIsTheRecordsOrTwentyFive) {
-  ExportItem item;
-  for (const double rate : {0.0, -1.0}) {
-    item.result.source.frameRate = rate;
-    EXPECT_EQ(item.frameRate(), 25.0) << rate;
-  }
-  item.result.source.frameRate = 0.5;
-  EXPECT_EQ(item.frameRate(), 0.5);
+  for (const double rate : {0.0, -1.0})
+    EXPECT_EQ(exportItem("a.mov", {}, rate).frameRate(), 25.0) << rate;
+  EXPECT_EQ(exportItem("a.mov", {}, 0.5).frameRate(), 0.5);
 }
 
 TEST(ExportItem, TheDurationIsTheRecordsAsItStands) {
-  ExportItem item;
-  item.result.source.durationSeconds = -2.5;
-  EXPECT_EQ(item.durationSeconds(), -2.5);
+  EXPECT_EQ(exportItem("a.mov", {}, 25, -2.5).durationSeconds(), -2.5);
 }
 
 TEST(ExportRange, ItsDurationIsNeverNegative) {
@@ -148,7 +143,7 @@ TEST(ExportItem, EqualOnesHashEquallyAndEveryPartCounts) {
   EXPECT_EQ(hashOf(item), hashOf(ExportItem(item)));
   ExportItem moved = item, described = item, cut = item, renamed = item;
   moved.mediaURL = "/b.mov";
-  described.result.summary = "Other.";
+  described.result = DescriptionResult();
   cut.ranges.front().endSeconds = 9;
   renamed.ranges.front().name.reset();
   for (const ExportItem& other : {moved, described, cut, renamed}) {
@@ -158,12 +153,9 @@ TEST(ExportItem, EqualOnesHashEquallyAndEveryPartCounts) {
 }
 
 TEST(TimelineFrameRate, IsThatOfTheFirstItem) {
-  ExportItem film, tape;
-  film.result.source.frameRate = 24;
-  tape.result.source.frameRate = 30;
-  EXPECT_EQ(timelineFrameRate({film, tape}), 24.0);
+  EXPECT_EQ(timelineFrameRate({exportItem("film.mov", {}, 24), exportItem("tape.mov", {}, 30)}), 24.0);
   EXPECT_EQ(timelineFrameRate({}), 25.0);
 }
 
 }  // namespace
-}  // namespace tq
+}  // namespace tq::test

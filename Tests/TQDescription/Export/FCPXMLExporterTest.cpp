@@ -102,9 +102,8 @@ TEST(FCPXML, WithoutItemsItIsAnEmptySequence) {
 }
 
 TEST(FCPXML, EveryByteIsInItsPlace) {
-  ExportItem first = exportItem("a b.mov", {{1, 3, "one & two"}, {10, 10.48, std::nullopt}});
-  ExportItem second = exportItem("c.mp4", {{0.5, 2, ""}}, 29.97);
-  second.result.source.durationSeconds = 12.25;
+  const ExportItem first = exportItem("a b.mov", {{1, 3, "one & two"}, {10, 10.48, std::nullopt}});
+  const ExportItem second = exportItem("c.mp4", {{0.5, 2, ""}}, 29.97, 12.25);
   EXPECT_EQ(FCPXMLExporter::exportItems({first, second}, "My <cut>"), R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE fcpxml>
 <fcpxml version="1.10">
@@ -158,8 +157,7 @@ TEST(FCPXML, AnItemWithoutRangesIsAnAssetWithoutClips) {
 }
 
 TEST(FCPXML, ANegativeDurationOfAClipOrARangeCountsAsZero) {
-  ExportItem item = exportItem("a.mov", {{5, 3, "x"}, {1, 2, "y"}});
-  item.result.source.durationSeconds = -1;
+  const ExportItem item = exportItem("a.mov", {{5, 3, "x"}, {1, 2, "y"}}, 25, -1);
   const std::string text = FCPXMLExporter::exportItems({item}, "t");
   EXPECT_THAT(text, HasSubstr(R"(start="0s" duration="0/25s")"));
   EXPECT_THAT(text, HasSubstr(R"(offset="0/25s" name="x" start="125/25s" duration="0/25s")"));
