@@ -85,6 +85,18 @@ bool joinsNothing(UChar32 codePoint) {
   return codePoint < 0 || u_getIntPropertyValue(codePoint, UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
 }
 
+/// As `columnWidth` says; a negative value stands for the replacement of a malformed sequence.
+std::size_t columnsOf(UChar32 codePoint) {
+  if (codePoint < 0) return 1;
+  const auto category = u_charType(codePoint);
+  if (category == U_NON_SPACING_MARK || category == U_ENCLOSING_MARK || category == U_FORMAT_CHAR ||
+      category == U_CONTROL_CHAR)
+    return 0;
+  const int width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
+  const bool isWide = width == U_EA_WIDE || width == U_EA_FULLWIDTH;
+  return isWide || u_hasBinaryProperty(codePoint, UCHAR_EMOJI_PRESENTATION) ? 2 : 1;
+}
+
 }  // namespace
 
 bool isValidUTF8(std::string_view text) {
@@ -153,6 +165,14 @@ std::size_t characterCount(std::string_view text) {
   while (!walk.next().empty())
     ++count;
   return count;
+}
+
+std::size_t columnWidth(std::string_view text) {
+  if (isPlainASCII(text)) return text.size();
+  std::size_t columns = 0;
+  for (std::int32_t position = 0; position < signedSize(text);)
+    columns += columnsOf(nextCodePoint(text, position));
+  return columns;
 }
 
 std::string_view characterPrefix(std::string_view text, std::size_t count) {

@@ -58,6 +58,11 @@ std::vector<std::string_view> characters(std::string_view text);
 /// True for a character of white space: one that begins with such a code point, as CR LF does.
 bool isWhiteSpace(std::string_view character);
 
+/// Columns that a terminal needs for printable text: two for the wide code points of East Asian writing (UAX 11) and
+/// for those shown as emoji, none for marks and formatting characters, one for any other. Terminals differ on
+/// characters of several code points; this is what most of them take.
+std::size_t columnWidth(std::string_view text);
+
 /// The first `count` characters, or the whole text when it has no more.
 std::string_view characterPrefix(std::string_view text, std::size_t count);
 

@@ -49,6 +49,27 @@ TEST(CharacterCount, CountsAMalformedSequenceAsItsReplacement) {
   EXPECT_EQ(characterCount("\xff\xff"), 2u);
 }
 
+TEST(ColumnWidth, IsTwoForWideTextAndEmoji) {
+  EXPECT_EQ(columnWidth(""), 0u);
+  EXPECT_EQ(columnWidth("clip.mov"), 8u);
+  EXPECT_EQ(columnWidth("日本.mov"), 8u);
+  EXPECT_EQ(columnWidth("ﾊﾝ"), 2u) << "half-width forms";
+  EXPECT_EQ(columnWidth("Ａ"), 2u) << "full-width forms";
+  EXPECT_EQ(columnWidth("😀"), 2u);
+  EXPECT_EQ(columnWidth("שלום мир"), 8u);
+}
+
+TEST(ColumnWidth, MarksAndFormattingCharactersTakeNoRoom) {
+  EXPECT_EQ(columnWidth(accented), 1u);
+  EXPECT_EQ(columnWidth("é"), 1u);
+  EXPECT_EQ(columnWidth("a\u200d\u202eb"), 2u);
+  EXPECT_EQ(columnWidth("a\r\n"), 1u);
+}
+
+TEST(ColumnWidth, AMalformedSequenceIsAsWideAsItsReplacement) {
+  EXPECT_EQ(columnWidth("é\xff\xE2\x82"), columnWidth("é\uFFFD\uFFFD"));
+}
+
 using Views = std::vector<std::string_view>;
 
 TEST(Characters, AreWhatAReaderSees) {
