@@ -7,6 +7,7 @@
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/HomeFolder.hpp"
 #include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/TemporaryFile.hpp"
 
 namespace tq {
 
@@ -52,6 +53,15 @@ fs::path AppSupportPaths::appSupportDirectory() const {
   }
   migrateLegacyDirectory(base_ / "Tarquel", result);
   return result;
+}
+
+void AppSupportPaths::removeAbandonedTemporaries() const noexcept {
+  try {
+    tq::removeAbandonedTemporaries(appSupportDirectory());
+    tq::removeAbandonedTemporaries(semanticIndexDirectory());
+  } catch (const std::exception&) {
+    // Out of memory; the next start tries again.
+  }
 }
 
 void AppSupportPaths::migrateLegacyDirectory(const fs::path& legacy, const fs::path& current) noexcept {

@@ -33,6 +33,10 @@ class AppSupportPaths {
   std::filesystem::path secretsURL() const { return appSupportDirectory() / "secrets.json"; }
   std::filesystem::path semanticIndexDirectory() const { return appSupportDirectory() / "semantic-index"; }
 
+  /// Removes what dead runs left half written in the private folder and in the semantic index: for the start of a
+  /// program, as a call lists both folders. Never fails.
+  void removeAbandonedTemporaries() const noexcept;
+
   /// Moves the direct children of `legacy` into `current`, except those whose name is taken there, and removes `legacy`
   /// once it is empty. Nothing is merged or overwritten; what cannot be moved stays for the next time. Does nothing
   /// when both are one folder, as on a file system that does not tell capitals from small letters. Never fails.

@@ -67,20 +67,8 @@ Envelope load(const fs::path& fileURL) {
   return content.empty() ? Envelope{} : envelopeTable.read(parseJSON(textOf(content)));
 }
 
-/// Makes sure of a folder that nobody else can enter.
-void securePrivateFolder(const fs::path& folder) {
-  createFolders(folder, 0700);
-  try {
-    setFileMode(folder, 0700);
-  } catch (const SystemError&) {
-    // The folder may belong to somebody else; the file's own mode still protects the keys.
-  }
-}
-
 void save(const Envelope& envelope, const fs::path& fileURL) {
-  const std::string text = storeText(envelopeTable.write(envelope));
-  securePrivateFolder(fileURL.parent_path());
-  writeStoreFile(fileURL, text, StoreFileMode::ownerOnly);
+  writeStoreFile(fileURL, storeText(envelopeTable.write(envelope)), StoreFileMode::ownerOnly);
 }
 
 }  // namespace

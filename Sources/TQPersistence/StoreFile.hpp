@@ -20,10 +20,11 @@ std::string storeText(const JSONValue& value);
 enum class StoreFileMode {
   asItIs,               ///< that of the old file, or what the umask gives
   ownerOnlyIfPossible,  ///< 0600, where the file system knows modes
-  ownerOnly,            ///< 0600, or nothing is written
+  ownerOnly,            ///< 0600 in a folder of 0700, or nothing is written; a folder that cannot be changed is kept
 };
 
-/// Replaces the file in one step. Throws `SystemError` when it cannot be written; the old file is whole then.
+/// Replaces the file in one step, and creates its folder with mode 0700 where it is missing. Throws `SystemError` when
+/// it cannot be written; the old file is whole then.
 void writeStoreFile(const std::filesystem::path& url, const std::string& text, StoreFileMode mode);
 
 /// The record in the file, or a new one when the file is missing or cannot be used for any reason: a program whose

@@ -115,9 +115,11 @@ void createFolders(const fs::path& path, FileMode mode) {
     createFolders(path.parent_path(), mode);
     if (::mkdir(path.c_str(), mode) == 0) return;
   }
-  const int cause = errno;
+  int cause = errno;
   struct stat status {};
-  if (::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return;
+  const bool isSeen = ::stat(path.c_str(), &status) == 0;
+  if (isSeen && S_ISDIR(status.st_mode)) return;
+  if (!isSeen && cause == EEXIST && errno != ENOENT) cause = errno;
   throw SystemError(cause, path);
 }
 

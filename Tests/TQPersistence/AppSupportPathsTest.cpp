@@ -83,6 +83,26 @@ TEST(AppSupportPaths, EveryAccessTakesOverTheLegacyFolder) {
   EXPECT_EQ(contentOf(paths.queueURL()), "late");
 }
 
+TEST(AppSupportPaths, WhatDeadRunsLeftHalfWrittenIsRemovedFromBothFolders) {
+  const TemporaryFolder base;
+  const char* rubbish = ".tarquel-1-0123456789abcdef.tmp";
+  base.write("tarquel/settings.json", "kept");
+  base.write(std::string("tarquel/") + rubbish, "half");
+  base.write(std::string("tarquel/semantic-index/") + rubbish, "half");
+  base.write(std::string("tarquel/elsewhere/") + rubbish, "not ours");
+  AppSupportPaths(base.path()).removeAbandonedTemporaries();
+  EXPECT_EQ(namesIn(base / "tarquel"), (Names{"elsewhere", "semantic-index", "settings.json"}));
+  EXPECT_TRUE(namesIn(base / "tarquel/semantic-index").empty());
+  EXPECT_EQ(namesIn(base / "tarquel/elsewhere"), Names{rubbish});
+}
+
+TEST(AppSupportPaths, WhereThereIsNothingYetNothingIsRemoved) {
+  const TemporaryFolder base;
+  AppSupportPaths(base.path()).removeAbandonedTemporaries();
+  AppSupportPaths(base.write("file", "in the way")).removeAbandonedTemporaries();
+  EXPECT_EQ(namesIn(base.path()), (Names{"file", "tarquel"}));
+}
+
 class Migration : public testing::Test {
  protected:
   void SetUp() override { fs::create_directory(current); }

@@ -2,29 +2,16 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
+#include "Support/Faults/FileFaults.hpp"
 #include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Umask.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPersistence/QueueStore.hpp"
 #include "TQPlatform/JSON.hpp"
 #include "TQPlatform/SystemError.hpp"
-
-namespace {
-
-int fchmodFailure = 0;  // errno of every fchmod of this program; 0: none fails
-
-}  // namespace
-
-/// Stands before that of the C library, so that a test can have a file system that knows no modes.
-extern "C" int fchmod(int descriptor, mode_t mode) noexcept {
-  if (fchmodFailure == 0) return static_cast<int>(::syscall(SYS_fchmod, descriptor, mode));
-  errno = fchmodFailure;
-  return -1;
-}
 
 namespace tq::test {
 namespace {
@@ -34,21 +21,6 @@ namespace chr = std::chrono;
 
 constexpr auto newYear2001 = chr::sys_days(chr::January / 1 / 2001);
 constexpr std::string_view someId = "0E1D2C3B-4A59-4687-8796-A5B4C3D2E1F0";
-
-/// While it stands, a new file never gets the mode that was asked for, and a change of it fails with `failure`.
-class ModesUnknown {
- public:
-  explicit ModesUnknown(int failure) : umask_(::umask(0200)) { fchmodFailure = failure; }
-  ~ModesUnknown() {
-    fchmodFailure = 0;
-    ::umask(umask_);
-  }
-  ModesUnknown(const ModesUnknown&) = delete;
-  ModesUnknown& operator=(const ModesUnknown&) = delete;
-
- private:
-  mode_t umask_;
-};
 
 Job jobWith(JobStatus status) {
   Job job;
@@ -463,8 +435,10 @@ TEST_F(QueueStoreTest, WhatJSONCannotHoldIsReportedAndTheOldFileStaysWhole) {
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"queue.json"});
 }
 
-TEST_F(QueueStoreTest, ASaveIntoAMissingFolderIsReported) {
-  EXPECT_THROW(save(QueueStore{folder / "missing/queue.json"}, {}), SystemError);
+TEST_F(QueueStoreTest, ASaveMakesAMissingFolderAndReportsOneThatCannotBe) {
+  save(QueueStore{folder / "missing/queue.json"}, {});
+  EXPECT_EQ(fs::status(folder / "missing").permissions(), fs::perms::owner_all);
+  EXPECT_THROW(save(QueueStore{folder.write("file", "") / "queue.json"}, {}), SystemError);
 }
 
 // Permissions
@@ -478,11 +452,15 @@ TEST_F(QueueStoreTest, TheFileIsForItsOwnerAlone) {
 }
 
 TEST_F(QueueStoreTest, AFileSystemThatKnowsNoModesKeepsTheQueueAllTheSame) {
-  for (const int failure : {EPERM, ENOTSUP}) {
+  for (const int failure : {EPERM, ENOTSUP, EIO}) {
     fs::remove(file);
-    const ModesUnknown here(failure);
+    const Umask umask(0200);  // so that the file is not created with its mode
+    const FileFaults noModes(folder.path(), [&](FileCall call, int) {
+      return call == FileCall::setMode ? FileFate{.error = failure} : FileFate();
+    });
     EXPECT_EQ(savedAndLoaded({jobWith(JobStatus::queued)}), std::vector{jobWith(JobStatus::queued)}) << failure;
-    EXPECT_NE(fs::status(file).permissions(), fs::perms(0600)) << "else nothing was tried";
+    EXPECT_EQ(noModes.count(FileCall::setMode), 1);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0400)) << "never more than its owner's";
   }
 }
 

@@ -222,8 +222,10 @@ TEST_F(SettingsStoreTest, ADiskThatIsFullIsReportedAndTheOldFileStaysWhole) {
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"settings.json"});
 }
 
-TEST_F(SettingsStoreTest, ASaveThatCannotBeWrittenIsReported) {
-  EXPECT_THROW(SettingsStore(folder / "missing/settings.json").save(defaults), SystemError);
+TEST_F(SettingsStoreTest, ASaveMakesAMissingFolderAndReportsOneThatCannotBe) {
+  SettingsStore(folder / "missing/settings.json").save(defaults);
+  EXPECT_EQ(fs::status(folder / "missing").permissions(), fs::perms::owner_all);
+  EXPECT_THROW(SettingsStore(folder.write("file", "") / "settings.json").save(defaults), SystemError);
 }
 
 TEST(SettingsStore, TheUsersStoreLivesInThePrivateFolder) {

@@ -33,6 +33,11 @@ fs::path placeOf(int folder, const char* name) {
   return (folder == AT_FDCWD ? fs::current_path(none) : placeOf(folder)) / name;
 }
 
+bool isWithin(const fs::path& place, const fs::path& folder) {
+  const fs::path normal = place.lexically_normal();
+  return std::mismatch(folder.begin(), folder.end(), normal.begin(), normal.end()).first == folder.end();
+}
+
 /// Absent when nobody is interested in the call.
 template <class... Place>
 std::optional<FileFate> knownFateOf(FileCall call, Place... place) {
@@ -51,9 +56,10 @@ FileFate fateOf(FileCall call, Place... place) {
 
 template <class Call>
 auto go(const FileFate& fate, const Call& call) {
-  if (fate.error == 0) return call();
-  errno = fate.error;
-  return decltype(call())(-1);
+  using Result = decltype(call());
+  if (fate.error != 0) errno = fate.error;
+  if (fate.error != 0) return Result(-1);
+  return fate.isPretended ? Result(0) : call();
 }
 
 mode_t modeArgument(int flags, va_list arguments) {
@@ -86,10 +92,10 @@ int FileFaults::count(FileCall call) const {
 }
 
 std::optional<FileFate> FileFaults::decide(FileCall call, const fs::path& place) {
+  // What seems to be elsewhere may have come there by a link.
   std::error_code unknown;
-  const fs::path real = fs::weakly_canonical(place.parent_path(), unknown) / place.filename();
-  const fs::path normal = real.lexically_normal();
-  if (std::mismatch(folder_.begin(), folder_.end(), normal.begin(), normal.end()).first != folder_.end())
+  if (!isWithin(place, folder_) &&
+      !isWithin(fs::weakly_canonical(place.parent_path(), unknown) / place.filename(), folder_))
     return std::nullopt;
   const FileFate fate = plan_(call, counts_.at(static_cast<std::size_t>(call))++);
   if (fate.kills) ::kill(::getpid(), SIGKILL);

@@ -25,6 +25,7 @@ struct FileFate {
   /// The call fails with this `errno` and has no effect; 0 for none. A failed close gives the descriptor back all the
   /// same, as Linux does.
   int error = 0;
+  bool isPretended = false;  ///< the call does nothing and reports success, where it does not fail
   std::size_t most = std::numeric_limits<std::size_t>::max();  ///< how many bytes a read or a write moves at most
   bool kills = false;                                          ///< instead of the call, the process ends by SIGKILL
 };
