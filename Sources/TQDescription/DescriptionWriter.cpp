@@ -19,10 +19,21 @@ namespace fs = std::filesystem;
 constexpr int firstNumber = 2;
 constexpr int lastNumber = 9999;
 
+/// A look that fails tells nothing, and a file that may be there is not written over by mistake.
+bool isTaken(const fs::path& target) {
+  try {
+    fileSize(target);
+    return true;
+  } catch (const SystemError& error) {
+    if (error.meansMissing()) return false;
+    throw TQError::outputWriteFailed(target, error.reason());
+  }
+}
+
 fs::path firstFreeSibling(const fs::path& folder, const std::string& stem, SidecarKind kind) {
   for (int number = firstNumber; number <= lastNumber; ++number) {
     fs::path candidate = folder / numberedSidecarName(stem, number, kind);
-    if (!fileExists(candidate)) return candidate;
+    if (!isTaken(candidate)) return candidate;
   }
   throw TQError::outputWriteFailed(folder / sidecarName(stem, kind), "too many existing siblings");
 }
@@ -34,7 +45,7 @@ std::optional<fs::path> resolveTarget(const fs::path& sourceURL, SidecarKind kin
 
   const std::string stem = stemOf(sourceURL);
   fs::path plain = folder / sidecarName(stem, kind);
-  if (!fileExists(plain)) return plain;
+  if (!isTaken(plain)) return plain;
   switch (config.conflictPolicy) {
     case ConflictPolicy::skipExisting: return std::nullopt;
     case ConflictPolicy::overwrite: return plain;

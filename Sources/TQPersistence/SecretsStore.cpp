@@ -49,15 +49,11 @@ constexpr RecordTable envelopeTable{
     field("secrets", &Envelope::secrets),
 };
 
-bool isMissing(const SystemError& error) {
-  return error.code() == std::errc::no_such_file_or_directory || error.code() == std::errc::not_a_directory;
-}
-
 Bytes contentOrNothing(const fs::path& fileURL) {
   try {
     return SafeFile::readBounded(fileURL, SafeFile::maxMetadataBytes);
   } catch (const SystemError& error) {
-    if (isMissing(error)) return {};
+    if (error.meansMissing()) return {};
     throw;
   }
 }

@@ -18,6 +18,11 @@ class SystemError final : public std::system_error {
 
   /// The system's text alone, for messages that already name the file.
   std::string reason() const { return code().message(); }
+
+  /// True when there is nothing of that name.
+  bool meansMissing() const {
+    return code() == std::errc::no_such_file_or_directory || code() == std::errc::not_a_directory;
+  }
 };
 
 /// Throws the `SystemError` of the current `errno`.

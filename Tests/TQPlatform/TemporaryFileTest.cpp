@@ -229,6 +229,22 @@ TEST_F(AbandonedTemporaries, ThatACleanUpHoldsAreGivenUpToIt) {
   EXPECT_EQ(namesIn(folder.path()), Names{"a"});
 }
 
+TEST_F(AbandonedTemporaries, AreNotFoundByACleanUpBetweenAnyTwoStepsOfAWrite) {
+  int steps = 0;
+  for (int chosen = 0; chosen <= steps; ++chosen) {
+    int step = 0;
+    const FileFaults cleanUp(folder.path(), [&](FileCall, int) {
+      if (step++ == chosen) removeAbandonedTemporaries(folder.path());
+      return FileFate();
+    });
+    writeFileAtomically(folder / "a", viewOf(std::to_string(chosen)));
+    EXPECT_EQ(contentOf(folder / "a"), std::to_string(chosen));
+    EXPECT_EQ(namesIn(folder.path()), Names{"a"});
+    steps = step;
+  }
+  EXPECT_GE(steps, 14);
+}
+
 TEST_F(AbandonedTemporaries, NeverMakeAWriteFailThatRunsBesideTheCleanUp) {
   std::atomic<bool> finished = false;
   std::jthread cleanUp([&] {

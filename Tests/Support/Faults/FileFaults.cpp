@@ -19,7 +19,8 @@ namespace fs = std::filesystem;
 namespace {
 
 std::mutex mutex;
-FileFaults* current = nullptr;  // guarded by mutex
+FileFaults* current = nullptr;         // guarded by mutex
+thread_local bool isDeciding = false;  // in this thread
 
 /// What is open there. A file that has lost its name keeps the path it had, with a remark behind it.
 fs::path placeOf(int descriptor) {
@@ -41,10 +42,13 @@ bool isWithin(const fs::path& place, const fs::path& folder) {
 /// Absent when nobody is interested in the call.
 template <class... Place>
 std::optional<FileFate> knownFateOf(FileCall call, Place... place) {
+  if (isDeciding) return std::nullopt;
   const std::lock_guard guard(mutex);
   if (!current) return std::nullopt;
   const int error = errno;
+  isDeciding = true;
   const std::optional<FileFate> fate = current->decide(call, placeOf(place...));
+  isDeciding = false;
   errno = error;
   return fate;
 }

@@ -38,8 +38,8 @@ struct FileFate {
 /// (the linker's --wrap). Those that shared libraries make, the C++ library's std::filesystem among them, pass unseen.
 class FileFaults {
  public:
-  /// Gives the fate of a call by its kind and by how many of that kind went before. Asked for one call at a time;
-  /// must not touch files.
+  /// Gives the fate of a call by its kind and by how many of that kind went before. Asked for one call at a time,
+  /// before it; calls of its own pass unseen. Must not throw.
   using Plan = std::function<FileFate(FileCall call, int index)>;
 
   /// `folder` must exist.
