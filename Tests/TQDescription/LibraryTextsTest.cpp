@@ -32,6 +32,32 @@ TEST(LibraryTexts, TellsHowManyMatch) {
   EXPECT_EQ(LibraryTexts::matches(3, 12), "3 of 12 match");
 }
 
+TEST(LibraryTexts, EveryFacetIsOfferedOnce) {
+  const auto& offered = LibraryTexts::facetBarFields;
+  EXPECT_EQ(std::set<FacetField>(offered.begin(), offered.end()).size(), allCases<FacetField>().size());
+}
+
+TEST(LibraryTexts, SayWhatAnActionCameTo) {
+  EXPECT_EQ(LibraryTexts::loadFailed("x"), "Load failed: x");
+  EXPECT_EQ(LibraryTexts::indexFailed("x"), "Write failed: x");
+  EXPECT_EQ(LibraryTexts::exportFailed("x"), "Export failed: x");
+  EXPECT_EQ(LibraryTexts::trimFailed("x"), "Clip trim failed: x");
+  EXPECT_EQ(LibraryTexts::exported(1, "/out/beach_walk.fcpxml"), "Exported 1 range → beach_walk.fcpxml");
+  EXPECT_EQ(LibraryTexts::exported(3, "a.csv"), "Exported 3 ranges → a.csv");
+  EXPECT_EQ(LibraryTexts::trimming(1), "Trimming 1 clip…");
+  EXPECT_EQ(LibraryTexts::trimmed(2, "/out/cuts"), "Trimmed 2 clips → cuts");
+  EXPECT_EQ(LibraryTexts::enqueued(1), "Enqueued 1 clip for re-rate. Switch to Queue to watch progress.");
+  EXPECT_EQ(LibraryTexts::enqueued(2), "Enqueued 2 clips for re-rate. Switch to Queue to watch progress.");
+}
+
+TEST(LibraryTexts, AFolderHasANameHoweverItIsWritten) {
+  EXPECT_EQ(LibraryTexts::trimmed(1, "/out/cuts/"), "Trimmed 1 clip → cuts");
+  EXPECT_EQ(LibraryTexts::trimmed(1, "cuts"), "Trimmed 1 clip → cuts");
+  EXPECT_EQ(LibraryTexts::trimmed(1, "/"), "Trimmed 1 clip → /");
+  EXPECT_EQ(LibraryTexts::trimmed(1, ".."), "Trimmed 1 clip → ..");
+  EXPECT_EQ(LibraryTexts::trimmed(1, "caf\xC3"), "Trimmed 1 clip → caf\uFFFD");
+}
+
 TEST(MatchPercent, IsTheShareOfTheBestScoreRounded) {
   EXPECT_EQ(LibraryTexts::matchPercent(4, 4), 100);
   EXPECT_EQ(LibraryTexts::matchPercent(1, 3), 33);
