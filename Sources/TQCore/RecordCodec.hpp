@@ -25,7 +25,9 @@
 // optional of all that (see ValueCodec.hpp). A record that only one source file knows needs no TQ_RECORD; its table
 // stands before its first use. Tables stand in namespace tq itself, also that of a record in an unnamed namespace.
 
+#include <array>
 #include <optional>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -36,7 +38,7 @@ namespace tq {
 
 template <class Record, class Value>
 struct Field {
-  const char* key;
+  std::string_view key;
   Value Record::*member;
   bool hasDefault;
 };
@@ -56,13 +58,13 @@ constexpr Field<Record, Value> fieldWithDefault(const char* key, Value Record::*
 /// How a field stands in its record. This one must be there, or has a default.
 template <class Value>
 struct Presence {
-  static void read(const JSONValue* json, Value& value, bool hasDefault) {
+  static void read(std::optional<JSONView> json, Value& value, bool hasDefault) {
     if (json && !json->isNull())
       value = ValueCodec<Value>::read(*json);
     else if (!hasDefault)
       throw DecodingError("expected " + ValueCodec<Value>::expected() + ", found " + (json ? "null" : "nothing"));
   }
-  static void write(JSONValue::Object& object, const char* key, const Value& value) {
+  static void write(JSONValue::Object& object, std::string_view key, const Value& value) {
     object.emplace(key, ValueCodec<Value>::write(value));
   }
 };
@@ -70,10 +72,10 @@ struct Presence {
 /// This one may be absent.
 template <class Value>
 struct Presence<std::optional<Value>> {
-  static void read(const JSONValue* json, std::optional<Value>& value, bool) {
+  static void read(std::optional<JSONView> json, std::optional<Value>& value, bool) {
     if (json && !json->isNull()) value = ValueCodec<Value>::read(*json);
   }
-  static void write(JSONValue::Object& object, const char* key, const std::optional<Value>& value) {
+  static void write(JSONValue::Object& object, std::string_view key, const std::optional<Value>& value) {
     if (value) object.emplace(key, ValueCodec<Value>::write(*value));
   }
 };
@@ -84,11 +86,12 @@ class RecordTable {
  public:
   constexpr explicit RecordTable(Field<Record, Values>... fields) : fields_(fields...) {}
 
-  Record read(const JSONValue& json) const {
-    const JSONValue::Object* object = json.asObject();
-    if (!object) throwUnexpected(json, "an object");
+  Record read(JSONView json) const {
+    if (!json.isObject()) throwUnexpected(json, "an object");
+    const Members members = membersOf(json);
     Record record;
-    forEach([&](const auto& field) { readField(field, *object, record); });
+    auto member = members.begin();
+    forEach([&](const auto& field) { readField(field, *member++, record); });
     return record;
   }
 
@@ -110,13 +113,27 @@ class RecordTable {
     std::apply([&](const auto&... fields) { (visit(fields), ...); }, fields_);
   }
 
+  /// What an object has for each of the fields.
+  using Members = std::array<std::optional<JSONView>, sizeof...(Values)>;
+
+  Members membersOf(JSONView json) const {
+    Members members;
+    json.forEachMember([&](std::string_view key, JSONView value) {
+      auto member = members.begin();
+      forEach([&](const auto& field) {
+        if (field.key == key) *member = value;
+        ++member;
+      });
+    });
+    return members;
+  }
+
   template <class Value>
-  static void readField(const Field<Record, Value>& field, const JSONValue::Object& object, Record& record) {
-    const auto found = object.find(std::string_view(field.key));
+  static void readField(const Field<Record, Value>& field, std::optional<JSONView> member, Record& record) {
     try {
-      Presence<Value>::read(found == object.end() ? nullptr : &found->second, record.*field.member, field.hasDefault);
+      Presence<Value>::read(member, record.*field.member, field.hasDefault);
     } catch (const DecodingError& error) {
-      throw error.within(field.key);
+      throw error.within(std::string(field.key));
     }
   }
 
@@ -129,7 +146,7 @@ inline constexpr auto recordTable = nullptr;
 
 #define TQ_RECORD_CODEC(Record)                               \
   template <>                                                 \
-  [[maybe_unused]] Record decode(const JSONValue& value) {    \
+  [[maybe_unused]] Record decode(JSONView value) {            \
     return recordTable<Record>.read(value);                   \
   }                                                           \
   template <>                                                 \

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSONView.hpp"
 
 namespace tq {
 
@@ -26,7 +27,7 @@ class DecodingError final : public std::runtime_error {
 /// that is missing or null and any value of the wrong JSON type fail the whole record. Nothing is coerced: a number
 /// without a fraction is an integer, text is never a number. Throws `DecodingError`.
 template <class Record>
-Record decode(const JSONValue& value);
+Record decode(JSONView value);
 
 /// Writes a record: every required field, every optional field that is present, never a null.
 template <class Record>
@@ -48,7 +49,7 @@ struct RecordHash {
 /// from a table (see RecordCodec.hpp), or written there.
 #define TQ_RECORD(Record)          \
   template <>                      \
-  Record decode(const JSONValue&); \
+  Record decode(JSONView);         \
   template <>                      \
   JSONValue encode(const Record&); \
   template <>                      \

@@ -5,10 +5,10 @@
 
 namespace tq {
 
-void throwUnexpected(const JSONValue& value, const std::string& expected, bool quotesText) {
+void throwUnexpected(JSONView value, const std::string& expected, bool quotesText) {
   constexpr std::size_t longestQuote = 60;
   std::string found(value.kindName());
-  if (const std::string* text = value.asString(); text && quotesText)
+  if (const auto text = value.asString(); text && quotesText)
     found = '"' + std::string(characterPrefix(*text, longestQuote)) + '"';
   else if (value.isInteger())
     found = std::to_string(*value.asInteger());

@@ -19,7 +19,7 @@ namespace tq {
 
 /// Throws the `DecodingError` "expected <expected>, found <what `value` is>". A text is quoted when a text was
 /// expected, so that the reader sees what is wrong with it.
-[[noreturn]] void throwUnexpected(const JSONValue& value, const std::string& expected, bool quotesText = false);
+[[noreturn]] void throwUnexpected(JSONView value, const std::string& expected, bool quotesText = false);
 
 /// Adds one hash to another, so that the order of the parts counts.
 void combineHash(std::size_t& seed, std::size_t part);
@@ -29,7 +29,7 @@ void combineHash(std::size_t& seed, std::size_t part);
 template <class T>
 struct ValueCodec {
   static std::string expected() { return "an object"; }
-  static T read(const JSONValue& value) { return decode<T>(value); }
+  static T read(JSONView value) { return decode<T>(value); }
   static JSONValue write(const T& value) { return encode(value); }
   static std::size_t hash(const T& value) { return hashOf(value); }
 };
@@ -37,7 +37,7 @@ struct ValueCodec {
 template <>
 struct ValueCodec<bool> {
   static std::string expected() { return "true or false"; }
-  static bool read(const JSONValue& value) {
+  static bool read(JSONView value) {
     if (const auto boolean = value.asBool()) return *boolean;
     throwUnexpected(value, expected());
   }
@@ -49,7 +49,7 @@ template <class Integer>
 requires std::is_integral_v<Integer>
 struct ValueCodec<Integer> {
   static std::string expected() { return "a whole number"; }
-  static Integer read(const JSONValue& value) {
+  static Integer read(JSONView value) {
     if (const auto integer = value.asInteger(); integer && std::in_range<Integer>(*integer))
       return static_cast<Integer>(*integer);
     throwUnexpected(value, expected());
@@ -61,7 +61,7 @@ struct ValueCodec<Integer> {
 template <>
 struct ValueCodec<double> {
   static std::string expected() { return "a number"; }
-  static double read(const JSONValue& value) {
+  static double read(JSONView value) {
     if (const auto number = value.asDouble()) return *number;
     throwUnexpected(value, expected());
   }
@@ -72,8 +72,8 @@ struct ValueCodec<double> {
 template <>
 struct ValueCodec<std::string> {
   static std::string expected() { return "text"; }
-  static std::string read(const JSONValue& value) {
-    if (const std::string* text = value.asString()) return *text;
+  static std::string read(JSONView value) {
+    if (const auto text = value.asString()) return std::string(*text);
     throwUnexpected(value, expected());
   }
   static JSONValue write(const std::string& value) { return value; }
@@ -82,8 +82,8 @@ struct ValueCodec<std::string> {
 
 /// A value that stands as text and may reject a text: `parse` gives absent then.
 template <class T, auto parse>
-T readText(const JSONValue& value, const std::string& expected) {
-  if (const std::string* text = value.asString())
+T readText(JSONView value, const std::string& expected) {
+  if (const auto text = value.asString())
     if (auto parsed = parse(*text)) return *parsed;
   throwUnexpected(value, expected, true);
 }
@@ -92,7 +92,7 @@ T readText(const JSONValue& value, const std::string& expected) {
 template <>
 struct ValueCodec<Date> {
   static std::string expected() { return "a date such as 2026-11-21T10:00:00Z"; }
-  static Date read(const JSONValue& value) { return readText<Date, &parseISO8601>(value, expected()); }
+  static Date read(JSONView value) { return readText<Date, &parseISO8601>(value, expected()); }
   static JSONValue write(Date value) { return iso8601(value); }
   static std::size_t hash(Date value) { return std::hash<std::int64_t>()(value.time_since_epoch().count()); }
 };
@@ -101,7 +101,7 @@ struct ValueCodec<Date> {
 template <>
 struct ValueCodec<std::filesystem::path> {
   static std::string expected() { return "a file URL"; }
-  static std::filesystem::path read(const JSONValue& value) {
+  static std::filesystem::path read(JSONView value) {
     return readText<std::filesystem::path, &parseFileURL>(value, expected());
   }
   static JSONValue write(const std::filesystem::path& value) { return fileURL(value); }
@@ -111,7 +111,7 @@ struct ValueCodec<std::filesystem::path> {
 template <>
 struct ValueCodec<UUID> {
   static std::string expected() { return "a UUID"; }
-  static UUID read(const JSONValue& value) { return readText<UUID, &UUID::parse>(value, expected()); }
+  static UUID read(JSONView value) { return readText<UUID, &UUID::parse>(value, expected()); }
   static JSONValue write(const UUID& value) { return value.text(); }
   static std::size_t hash(const UUID& value) { return std::hash<UUID>()(value); }
 };
@@ -126,7 +126,7 @@ struct ValueCodec<Enum> {
       text.append(text == "one of" ? " " : ", ").append(raw);
     return text;
   }
-  static Enum read(const JSONValue& value) { return readText<Enum, &fromRawValue<Enum>>(value, expected()); }
+  static Enum read(JSONView value) { return readText<Enum, &fromRawValue<Enum>>(value, expected()); }
   static JSONValue write(Enum value) { return rawValue(value); }
   static std::size_t hash(Enum value) { return static_cast<std::size_t>(value); }
 };
@@ -134,18 +134,17 @@ struct ValueCodec<Enum> {
 template <class Element>
 struct ValueCodec<std::vector<Element>> {
   static std::string expected() { return "a list"; }
-  static std::vector<Element> read(const JSONValue& value) {
-    const JSONValue::Array* elements = value.asArray();
-    if (!elements) throwUnexpected(value, expected());
+  static std::vector<Element> read(JSONView value) {
+    if (!value.isArray()) throwUnexpected(value, expected());
     std::vector<Element> values;
-    values.reserve(elements->size());
-    for (const JSONValue& element : *elements) {
+    values.reserve(value.elementCount());
+    value.forEachElement([&values](JSONView element) {
       try {
         values.push_back(ValueCodec<Element>::read(element));
       } catch (const DecodingError& error) {
         throw error.within("[" + std::to_string(values.size()) + "]");
       }
-    }
+    });
     return values;
   }
   static JSONValue write(const std::vector<Element>& values) {

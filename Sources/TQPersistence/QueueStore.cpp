@@ -60,7 +60,7 @@ Date dateOf(double secondsSinceReference) {
 template <>
 struct ValueCodec<ClipPath> {
   static std::string expected() { return "a path"; }
-  static ClipPath read(const JSONValue& value) { return {readText<fs::path, &parse>(value, expected())}; }
+  static ClipPath read(JSONView value) { return {readText<fs::path, &parse>(value, expected())}; }
   static JSONValue write(const ClipPath& path) {
     std::error_code error;  // there is no absolute form of the empty path, nor any while the current folder is gone
     const fs::path absolute = fs::absolute(path.value, error);
@@ -79,7 +79,7 @@ struct ValueCodec<ClipPath> {
 template <>
 struct ValueCodec<CreationDate> {
   static std::string expected() { return ValueCodec<double>::expected(); }
-  static CreationDate read(const JSONValue& value) { return {dateOf(ValueCodec<double>::read(value))}; }
+  static CreationDate read(JSONView value) { return {dateOf(ValueCodec<double>::read(value))}; }
   static JSONValue write(const CreationDate& date) { return secondsSinceReference(date.value); }
 };
 

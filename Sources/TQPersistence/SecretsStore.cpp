@@ -19,21 +19,21 @@ using Secrets = std::map<std::string, std::string>;
 template <>
 struct ValueCodec<Secrets> {
   static std::string expected() { return "an object"; }
-  static Secrets read(const JSONValue& value) {
-    const JSONValue::Object* object = value.asObject();
-    if (!object) throwUnexpected(value, expected());
+  static Secrets read(JSONView value) {
+    if (!value.isObject()) throwUnexpected(value, expected());
     Secrets secrets;
-    for (const auto& [account, secret] : *object)
-      secrets.emplace(account, readSecret(account, secret));
+    value.forEachMember([&secrets](std::string_view account, JSONView secret) {
+      secrets.insert_or_assign(std::string(account), readSecret(account, secret));
+    });
     return secrets;
   }
   static JSONValue write(const Secrets& secrets) { return JSONValue::Object(secrets.begin(), secrets.end()); }
 
  private:
   /// A key that somebody wrote without quotation marks is not repeated in the error either.
-  static const std::string& readSecret(const std::string& account, const JSONValue& secret) {
-    if (const std::string* text = secret.asString()) return *text;
-    throw DecodingError("expected text, found " + std::string(secret.kindName()), account);
+  static std::string readSecret(std::string_view account, JSONView secret) {
+    if (const auto text = secret.asString()) return std::string(*text);
+    throw DecodingError("expected text, found " + std::string(secret.kindName()), std::string(account));
   }
 };
 

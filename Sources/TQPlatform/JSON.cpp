@@ -119,9 +119,7 @@ std::optional<bool> JSONValue::asBool() const {
 std::optional<std::int64_t> JSONValue::asInteger() const {
   if (const auto* integer = std::get_if<std::int64_t>(&value_)) return *integer;
   const double* number = std::get_if<double>(&value_);
-  constexpr double limit = 0x1p63;  // the first double beyond the largest integer
-  if (!number || !(*number >= -limit && *number < limit) || std::trunc(*number) != *number) return std::nullopt;
-  return static_cast<std::int64_t>(*number);
+  return number ? wholeNumber(*number) : std::nullopt;
 }
 
 std::optional<double> JSONValue::asDouble() const {

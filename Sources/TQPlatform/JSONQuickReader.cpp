@@ -1,14 +1,11 @@
-#include <simdjson.h>
-
 #include "TQPlatform/JSONReader.hpp"
+#include "TQPlatform/JSONTape.hpp"
 
 namespace tq {
 
 namespace {
 
 namespace dom = simdjson::dom;
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 /// The element as a value of ours; the nesting of the document is known to be bearable.
 JSONValue valueOf(dom::element element);
@@ -46,13 +43,9 @@ JSONValue valueOf(dom::element element) {
 }  // namespace
 
 std::optional<JSONValue> readJSONQuickly(std::string_view text) {
-  if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
-  if (text.empty()) return std::nullopt;
-  dom::parser parser;
-  if (parser.allocate(text.size(), deepestJSONNesting) != simdjson::SUCCESS) return std::nullopt;
-  const auto document = parser.parse(text.data(), text.size());
-  if (document.error() != simdjson::SUCCESS) return std::nullopt;
-  return valueOf(document.value_unsafe());
+  JSONTape tape;
+  const auto element = tape.read(text);
+  return element ? std::optional(valueOf(*element)) : std::nullopt;
 }
 
 }  // namespace tq

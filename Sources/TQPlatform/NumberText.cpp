@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 namespace tq {
@@ -32,6 +33,12 @@ std::optional<std::int64_t> parseInteger(std::string_view text) {
   const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
   if (error != std::errc() || end != number.data() + number.size()) return std::nullopt;
   return value;
+}
+
+std::optional<std::int64_t> wholeNumber(double number) {
+  constexpr double limit = 0x1p63;  // the first double beyond the largest integer
+  if (!(number >= -limit && number < limit) || std::trunc(number) != number) return std::nullopt;
+  return static_cast<std::int64_t>(number);
 }
 
 std::string fixedText(double value, int digits) {

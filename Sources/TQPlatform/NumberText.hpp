@@ -16,8 +16,14 @@ std::optional<double> parseDouble(std::string_view text);
 /// The whole text as decimal digits with an optional sign; absent when it does not fit.
 std::optional<std::int64_t> parseInteger(std::string_view text);
 
+/// The number itself when it has no fraction and fits.
+std::optional<std::int64_t> wholeNumber(double number);
+
 /// What C's "%.<digits>f" prints.
 std::string fixedText(double value, int digits);
+
+/// The number itself when it has no fraction and fits.
+std::optional<std::int64_t> wholeNumber(double number);
 
 /// What C's "%0<digits>d" prints: at least so many characters, filled up with zeros.
 std::string paddedText(std::int64_t value, int digits);

@@ -2,6 +2,7 @@
 #include <unordered_set>
 
 #include "TQCore/RecordCodec.hpp"
+#include "TQPlatform/JSONDocument.hpp"
 
 namespace tq {
 namespace {
@@ -116,6 +117,32 @@ TEST(RecordCodec, ReadsEveryKindOfField) {
   EXPECT_EQ(sample.inners, (std::vector<Inner>{{2, "n"}}));
   EXPECT_EQ(sample.words, std::vector<std::string>());
   EXPECT_EQ(sample.inner, (Inner{1, std::nullopt}));
+}
+
+/// What becomes of a text, read by way of a tree of values and straight from the document.
+template <class Record>
+std::string outcomeOf(std::string_view text, JSONDocument* document) {
+  try {
+    const Record record = document ? decode<Record>(document->read(text)) : decode<Record>(parseJSON(text));
+    return writeJSON(encode(record), JSONLayout::compact);
+  } catch (const DecodingError& error) {
+    return error.what();
+  }
+}
+
+TEST(RecordCodec, ReadsADocumentAsItReadsAValue) {
+  JSONDocument document;
+  std::vector<std::string> texts{sampleText, "[]", "{}", "null", "7"};
+  for (const char* key : {"on", "small", "ratio", "text", "colour", "date", "id", "file", "inners", "words", "inner"})
+    for (const char* value : {"null", "true", "1", "1.0", "2.5", "2147483648", "18446744073709551615",
+                              "123456789012345678901234567890", R"("")", R"("red")", R"("2026-11-21T10:00:00Z")", "[]",
+                              "[1]", R"(["a", null])", R"([{"count": 1}])", "{}", R"({"count": "x"})",
+                              R"({"count": "x", "count": 2, "note": "é\u0000"})", R"([{"count": 1}, {"count": []}])"}) {
+      std::string text = sampleText;
+      texts.push_back(text.replace(text.rfind('}'), 1, std::string(", \"") + key + "\": " + value + "}"));
+    }
+  for (const std::string& text : texts)
+    EXPECT_EQ(outcomeOf<Sample>(text, &document), outcomeOf<Sample>(text, nullptr)) << text;
 }
 
 TEST(RecordCodec, WritesWhatItReads) {

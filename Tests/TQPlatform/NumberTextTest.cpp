@@ -101,5 +101,15 @@ TEST(ShortestText, ReadsBackAsTheSameDouble) {
     EXPECT_EQ(parseDouble(shortestText(value)), value) << shortestText(value);
 }
 
+TEST(WholeNumber, IsANumberWithoutAFractionThatFits) {
+  EXPECT_EQ(wholeNumber(-0.0), 0);
+  EXPECT_EQ(wholeNumber(2.0), 2);
+  EXPECT_EQ(wholeNumber(-0x1p63), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(wholeNumber(0x1p63 - 1024), std::numeric_limits<std::int64_t>::max() - 1023);
+  for (const double number : {0.5, -2.5, 0x1p63, -0x1p63 - 2048, 1e300, std::numeric_limits<double>::infinity(),
+                              std::numeric_limits<double>::quiet_NaN()})
+    EXPECT_EQ(wholeNumber(number), std::nullopt) << number;
+}
+
 }  // namespace
 }  // namespace tq

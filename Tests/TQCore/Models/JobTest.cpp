@@ -105,7 +105,7 @@ TEST(EngineSnapshot, HasCamelCaseKeysAllRequired) {
   for (const char* key : {"providerId", "providerDisplay", "modelId", "promptProfile", "samplingStrategy"}) {
     JSONValue::Object object = *parseJSON(text).asObject();
     object.erase(key);
-    EXPECT_THROW(decode<EngineSnapshot>(object), DecodingError) << key;
+    EXPECT_THROW(decode<EngineSnapshot>(JSONValue(object)), DecodingError) << key;
   }
 }
 
@@ -120,19 +120,19 @@ TEST(SamplingConfig, HasNoDefaultsForSingleKeys) {
   for (const auto& [key, value] : full) {
     JSONValue::Object part = full;
     part.erase(key);
-    EXPECT_THROW(decode<SamplingConfig>(part), DecodingError) << key;
+    EXPECT_THROW(decode<SamplingConfig>(JSONValue(part)), DecodingError) << key;
   }
-  EXPECT_EQ(decode<SamplingConfig>(full), SamplingConfig());
+  EXPECT_EQ(decode<SamplingConfig>(JSONValue(full)), SamplingConfig());
 }
 
 TEST(SamplingConfig, RefusesAnUnknownStrategy) {
   JSONValue::Object object = *encode(SamplingConfig()).asObject();
   for (const char* strategy : {"fixed-interval", "even-distribution", "adaptive"}) {
     object["strategy"] = strategy;
-    EXPECT_EQ(rawValue(decode<SamplingConfig>(object).strategy), strategy);
+    EXPECT_EQ(rawValue(decode<SamplingConfig>(JSONValue(object)).strategy), strategy);
   }
   object["strategy"] = "fixedInterval";
-  EXPECT_THROW(decode<SamplingConfig>(object), DecodingError);
+  EXPECT_THROW(decode<SamplingConfig>(JSONValue(object)), DecodingError);
 }
 
 TEST(OutputConfig, WritesBesideTheClipWithoutAFolder) {
