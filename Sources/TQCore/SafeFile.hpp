@@ -16,6 +16,9 @@ struct SafeFile {
   /// all the same. Throws `TQError::fileTooLarge` for a file of more than `max` bytes and `SystemError` for a failed
   /// read.
   static Bytes readBounded(const std::filesystem::path& url, std::int64_t max);
+
+  /// The same into `buffer`, which grows where it must and never shrinks: the part of it that holds the content.
+  static ByteView readBounded(const std::filesystem::path& url, std::int64_t max, Bytes& buffer);
 };
 
 }  // namespace tq

@@ -8,6 +8,7 @@
 #include "TQCore/TQError.hpp"
 #include "TQDescription/SidecarNames.hpp"
 #include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/JSONDocument.hpp"
 #include "TQPlatform/SystemError.hpp"
 #include "TQPlatform/Tasks.hpp"
 
@@ -27,23 +28,32 @@ std::string reasonOf(const std::exception& error) {
   return system ? system->reason() : userFacingDescription(error);
 }
 
-Outcome outcomeOf(const fs::path& url) {
-  try {
-    const Bytes content = SafeFile::readBounded(url, SafeFile::maxMetadataBytes);
-    return Shared(decode<DescriptionResult>(parseJSON(textOf(content))));
-  } catch (const std::exception& error) {
-    return reasonOf(error);
+/// Reads sidecars one after the other, in the same memory.
+class SidecarReader {
+ public:
+  Outcome read(const fs::path& url) {
+    try {
+      const ByteView content = SafeFile::readBounded(url, SafeFile::maxMetadataBytes, buffer_);
+      return Shared(decode<DescriptionResult>(document_.read(textOf(content))));
+    } catch (const std::exception& error) {
+      return reasonOf(error);
+    }
   }
-}
+
+ private:
+  Bytes buffer_;
+  JSONDocument document_;
+};
 
 std::vector<Outcome> outcomesOf(const std::vector<fs::path>& urls, std::size_t processorCount, std::stop_token stop) {
   std::vector<Outcome> outcomes(urls.size());
   const std::size_t rows = (urls.size() + sidecarsInARow - 1) / sidecarsInARow;
   forEachWindowed(rows, processorCount, stop, [&](std::size_t row, std::stop_token rowStop) {
+    SidecarReader reader;
     const std::size_t end = std::min((row + 1) * sidecarsInARow, urls.size());
     for (std::size_t index = row * sidecarsInARow; index < end; ++index) {
       throwIfStopped(rowStop);
-      outcomes[index] = outcomeOf(urls[index]);
+      outcomes[index] = reader.read(urls[index]);
     }
   });
   return outcomes;

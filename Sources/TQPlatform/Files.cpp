@@ -95,17 +95,26 @@ std::int64_t FileReader::sizeNow() const {
   return status.st_size;
 }
 
-Bytes readFile(const fs::path& path) {
+ByteView FileReader::readWhole(Bytes& buffer) const {
   constexpr std::size_t step = std::size_t{64} * 1024;
-  FileReader reader(path);
-  // One byte more than the file has now, so that its end is seen without another round.
-  Bytes content(static_cast<std::size_t>(reader.size()) + 1);
-  std::size_t length = reader.read(content);
-  while (length == content.size()) {
-    content.resize(length + std::max(step, length / 2));
-    length += reader.read(std::span(content).subspan(length));
+  const auto expected = static_cast<std::size_t>(size_);
+  // One byte more than the file had, so that its end is seen without another round.
+  if (buffer.size() <= expected) buffer.resize(expected + 1);
+  for (std::size_t length = 0;;) {
+    if (length == buffer.size()) buffer.resize(length + std::max(step, length / 2));
+    const auto rest = std::span(buffer).subspan(length);
+    const auto offset = static_cast<off_t>(length);
+    const ssize_t count = uninterrupted([&] { return ::pread(descriptor_.get(), rest.data(), rest.size(), offset); });
+    if (count < 0) throwErrno(path_);
+    length += static_cast<std::size_t>(count);
+    // A read that stops short where the file ended has seen its end; another one would only say so again.
+    if (count == 0 || (length == expected && length < buffer.size())) return std::span(buffer).first(length);
   }
-  content.resize(length);
+}
+
+Bytes readFile(const fs::path& path) {
+  Bytes content;
+  content.resize(FileReader(path).readWhole(content).size());
   return content;
 }
 

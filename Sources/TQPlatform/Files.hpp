@@ -43,6 +43,10 @@ class FileReader {
   /// The same from `offset` bytes on, wherever `read` stands.
   std::size_t readAt(std::int64_t offset, std::span<std::uint8_t> buffer) const;
 
+  /// Reads the whole content into `buffer`, which grows where it must and never shrinks, and gives the part of it that
+  /// was filled. Throws `SystemError` on a failed read.
+  ByteView readWhole(Bytes& buffer) const;
+
   /// In bytes, when it was opened; the kernel's own files tell 0.
   std::int64_t size() const { return size_; }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Unprivileged.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQPlatform/SystemError.hpp"
@@ -59,6 +60,25 @@ TEST(ReadBounded, PassesTheSystemsErrorOn) {
   } catch (const SystemError& error) {
     EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
   }
+}
+
+TEST(ReadBounded, ReadsIntoTheSameBufferAgainAndAgain) {
+  const TemporaryFolder folder;
+  Bytes buffer;
+  for (const char* content : {"12345", "", "1", "123"})
+    EXPECT_EQ(textOf(SafeFile::readBounded(folder.write("a.json", content), 5, buffer)), content);
+  EXPECT_THROW(SafeFile::readBounded(folder.write("a.json", "123456"), 5, buffer), TQError);
+}
+
+TEST(ReadBounded, FindsAFileTooLargeThatItMayNotEvenRead) {
+  const TemporaryFolder folder;
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+  const auto large = folder.write("large.json", "123456"), small = folder.write("small.json", "1");
+  for (const auto& file : {large, small})
+    std::filesystem::permissions(file, std::filesystem::perms::none);
+  const test::Unprivileged user;
+  EXPECT_THROW(SafeFile::readBounded(large, 5), TQError);
+  EXPECT_THROW(SafeFile::readBounded(small, 5), SystemError);
 }
 
 TEST(SafeFile, HasItsTwoLimits) {

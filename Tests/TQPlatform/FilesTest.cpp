@@ -268,6 +268,27 @@ TEST(FileReader, ReadsAnywhereAndSeesWhatWasAddedSince) {
   EXPECT_EQ(buffer[0], 'b');
 }
 
+TEST(FileReader, ReadsOneFileAfterTheOtherIntoTheSameBuffer) {
+  const TemporaryFolder folder;
+  Bytes buffer;
+  for (const std::size_t size : {3, 200'000, 0, 1, 4096, 200'001}) {
+    const std::string content(size, static_cast<char>('a' + size % 26));
+    EXPECT_EQ(textOf(FileReader(folder.write("a", content)).readWhole(buffer)), content);
+  }
+  EXPECT_GT(buffer.size(), 200'000u);
+}
+
+TEST(FileReader, ReadsWhatWasAddedSinceItWasOpened) {
+  const TemporaryFolder folder;
+  const FileReader reader(folder.write("a", "abc"));
+  const std::string longer(300'000, 'x');
+  folder.write("a", longer);
+  Bytes buffer;
+  EXPECT_EQ(textOf(reader.readWhole(buffer)), longer);
+  folder.write("a", "ab");
+  EXPECT_EQ(textOf(reader.readWhole(buffer)), "ab");
+}
+
 TEST(FileReader, AMissingFileIsAnErrorThatNamesIt) {
   const TemporaryFolder folder;
   try {
