@@ -82,7 +82,7 @@ void WorkQueue::updateSettings(AppSettings settings) {
 void WorkQueue::restore() {
   if (!store_) return;
   writer_->hold();
-  intake_.post([this] {
+  takeInBy([this] {
     Rows rows;
     for (Job& job : store_->load())
       rows.push_back(std::make_shared<const Job>(std::move(job)));
@@ -97,6 +97,10 @@ void WorkQueue::enqueue(std::vector<fs::path> urls) {
   makeJobs([urls = std::move(urls)] { return expandToVideos(urls); }, std::nullopt);
 }
 
+void WorkQueue::enqueueClips(std::vector<fs::path> clips) {
+  makeJobs([clips = std::move(clips)] { return clips; }, std::nullopt);
+}
+
 void WorkQueue::enqueueRerate(const std::vector<RerateCandidate>& candidates) {
   std::vector<fs::path> clips;
   for (const RerateCandidate& candidate : candidates)
@@ -106,10 +110,19 @@ void WorkQueue::enqueueRerate(const std::vector<RerateCandidate>& candidates) {
   makeJobs([clips = std::move(clips)] { return clips; }, std::move(output));
 }
 
+/// Has the intake's thread do that. All that it posts to the owner arrives before the work counts as done.
+void WorkQueue::takeInBy(std::function<void()> work) {
+  ++takingIn_;
+  intake_.post([this, work = std::move(work)] {
+    work();
+    owner_.post([this] { --takingIn_; });
+  });
+}
+
 /// The jobs are made on the intake's thread, and taken in on the owner's.
 void WorkQueue::makeJobs(std::function<std::vector<fs::path>()> clips, std::optional<OutputConfig> outputOverride) {
-  intake_.post([this, clips = std::move(clips), outputOverride = std::move(outputOverride),
-                engine = currentEngineSnapshot(settings_), now = clock_->now()] {
+  takeInBy([this, clips = std::move(clips), outputOverride = std::move(outputOverride),
+            engine = currentEngineSnapshot(settings_), now = clock_->now()] {
     forEachSlice(newJobs(clips(), engine, now, outputOverride), [this](Rows slice) {
       owner_.post([this, slice = std::move(slice)]() mutable {
         takeIn(std::move(slice));
@@ -120,7 +133,7 @@ void WorkQueue::makeJobs(std::function<std::vector<fs::path>()> clips, std::opti
 }
 
 void WorkQueue::handleWatchedFile(fs::path url) {
-  intake_.post([this, url = std::move(url), sidecars = settings_.output.sidecarDirectory] {
+  takeInBy([this, url = std::move(url), sidecars = settings_.output.sidecarDirectory] {
     if (!WatchFolderLogic::shouldEnqueue(url, sidecars)) return;
     owner_.post([this, clips = expandToVideos({url})] {
       // Looked at and taken in within one turn, so that two reports of a clip cannot both find it idle.

@@ -60,6 +60,10 @@ class WorkQueue {
   WorkQueue& operator=(const WorkQueue&) = delete;
 
   const JobList& jobs() const { return jobs_; }
+
+  /// True when nothing is being taken in and every job has ended.
+  bool isIdle() const { return takingIn_ == 0 && jobs_.activeCount() == 0; }
+
   const std::optional<UUID>& selectedJobID() const { return selectedJobID_; }
 
   /// Replaces the settings in force, for the engine too.
@@ -71,6 +75,9 @@ class WorkQueue {
 
   /// Takes in the clips that `urls` stand for, see `expandToVideos`. Nothing usable: no job and no message.
   void enqueue(std::vector<std::filesystem::path> urls);
+
+  /// Takes these clips in as they are, without a look at the disk.
+  void enqueueClips(std::vector<std::filesystem::path> clips);
 
   /// Takes in a clip that a watched folder reported, unless it is described already or an active job works on it.
   void handleWatchedFile(std::filesystem::path url);
@@ -104,6 +111,7 @@ class WorkQueue {
  private:
   using Rows = std::vector<JobList::Row>;
 
+  void takeInBy(std::function<void()> work);
   void makeJobs(std::function<std::vector<std::filesystem::path>()> clips, std::optional<OutputConfig> outputOverride);
   void takeIn(Rows rows);
   void applyUpdates();
@@ -123,6 +131,7 @@ class WorkQueue {
   FrameBudget frames_;
   std::optional<UUID> selectedJobID_;
   std::size_t shownActiveCount_ = 0;
+  std::size_t takingIn_ = 0;  ///< pieces of work for the intake whose jobs are not all here yet
   const std::optional<QueueStore> store_;
   std::unique_ptr<QueueWriter> writer_;  ///< absent without a store
   JobUpdates updates_;

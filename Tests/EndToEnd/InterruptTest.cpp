@@ -108,5 +108,30 @@ TEST_F(Interrupt, WhatWasDoneBeforeStays) {
   EXPECT_EQ(readDescription(user.clips() / "a.description.json").source.filename, "a.mp4");
 }
 
+TEST(Watching, GoesOnWithWhatComesInUntilItIsInterrupted) {
+  User user;
+  user.addClip("incoming/old.mp4");
+  user.addClip("elsewhere.mp4");
+  RunningProgram program({"--provider", "mock", "--watch", "incoming"}, user.surroundings);
+  program.waitForOutput("Watching 1 folder; Ctrl-C ends.\n");
+  program.waitForOutput(doneLines(user.clips() / "incoming/old.mp4"));
+  const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+  std::filesystem::last_write_time(user.clips() / "elsewhere.mp4", longAgo);
+  std::filesystem::rename(user.clips() / "elsewhere.mp4", user.clips() / "incoming/new.mp4");
+  program.waitForOutput(doneLines(user.clips() / "incoming/new.mp4"));
+  program.signal(SIGINT);
+  const Outcome outcome = program.finish();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, HasSubstr("2 of 2 clips described\n"));
+}
+
+TEST(Watching, NeedsAFolder) {
+  User user;
+  user.addClip("a.mp4");
+  const Outcome outcome = user.describe({"--watch", "a.mp4"});
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_THAT(outcome.errors, HasSubstr("--watch needs a folder."));
+}
+
 }  // namespace
 }  // namespace tq::test

@@ -183,6 +183,21 @@ TEST(Clips, AreNeverChanged) {
   EXPECT_EQ(readClip(clip), readClip(smallClip()));
 }
 
+TEST(ResumedRun, DoesOnlyWhatIsNotDescribed) {
+  User user;
+  user.addClip("clips/a.mp4");
+  EXPECT_EQ(user.describe({"clips"}).status, 0);
+  user.addClip("clips/b.mp4");
+  const Outcome second = user.describe({"clips", "--on-conflict", "overwrite"});
+  EXPECT_EQ(second.status, 0);
+  EXPECT_EQ(second.output, "1 clip is up to date and left alone; --again describes it too.\nstarted    b.mp4\n" +
+                               doneLines(user.clips() / "clips/b.mp4") + "1 of 1 clip described\n");
+  const Outcome third = user.describe({"clips"});
+  EXPECT_EQ(third.status, 0);
+  EXPECT_EQ(third.output, "2 clips are up to date and left alone; --again describes them too.\n");
+  EXPECT_THAT(user.describe({"clips", "--again"}).output, HasSubstr("2 of 2 clips described\n"));
+}
+
 TEST(ManyClips, AllAreDescribedInOrderAndMemoryStaysBounded) {
   User user;
   // A sanitizer keeps freed memory for a while; that is not the program's.

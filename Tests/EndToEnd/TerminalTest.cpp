@@ -42,7 +42,7 @@ TEST(Terminal, ANarrowOneIsLeftAsTidy) {
   user.surroundings.terminalColumns = 30;
   user.addClip("a name that is longer than the line of this terminal.mp4");
   user.describe({"."});
-  const Outcome outcome = user.describe({"."});
+  const Outcome outcome = user.describe({".", "--again"});
   Screen screen(30);
   screen.print(outcome.output);
   EXPECT_THAT(screen.lines(),

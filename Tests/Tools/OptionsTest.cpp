@@ -67,6 +67,12 @@ TEST(ParseOptions, ReadsHelpAndVersion) {
   EXPECT_TRUE(parseOptions({"--version"}).version);
 }
 
+TEST(ParseOptions, ReadsSwitches) {
+  EXPECT_TRUE(parseOptions({"--again"}).again);
+  EXPECT_TRUE(parseOptions({"--watch", "folder"}).watch);
+  EXPECT_FALSE(parseOptions({"--", "--again", "--watch"}).again);
+}
+
 TEST(ParseOptions, RefusesWhatItDoesNotKnow) {
   EXPECT_EQ(complaintAbout({"--fast"}), "There is no option --fast; --help lists them.");
   EXPECT_EQ(complaintAbout({"--fast=yes"}), "There is no option --fast; --help lists them.");

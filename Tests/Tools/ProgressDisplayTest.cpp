@@ -38,7 +38,9 @@ Job failedWith(Job job, const std::string& error) {
 
 /// A display and the terminal it writes to.
 struct Terminal {
-  explicit Terminal(std::size_t clipCount, int width = 80) : columns(width), display(out, width, clock, clipCount) {}
+  explicit Terminal(std::size_t clipCount, int width = 80) : columns(width), display(out, width, clock) {
+    display.expect(clipCount);
+  }
 
   void show(const Job& job, const std::vector<std::filesystem::path>& outputs = {}) { display.show(job, outputs); }
 
@@ -190,7 +192,7 @@ TEST(ProgressOnATerminal, HostileErrorsStayText) {
 
 /// A display whose output goes to a file or a pipe.
 struct PlainOutput {
-  explicit PlainOutput(std::size_t clipCount) : display(out, std::nullopt, clock, clipCount) {}
+  explicit PlainOutput(std::size_t clipCount) : display(out, std::nullopt, clock) { display.expect(clipCount); }
 
   test::ManualClock clock;
   std::ostringstream out;
@@ -234,6 +236,14 @@ TEST(PlainProgress, ClipsCancelledBeforeTheyStartedAreOnlyCounted) {
   plain.display.show(at(clip("b.mp4"), cancelled), {});
   plain.display.finish();
   EXPECT_EQ(plain.out.str(), "0 of 2 clips described, 2 cancelled\n");
+}
+
+TEST(PlainProgress, MoreClipsMayComeIn) {
+  PlainOutput plain(1);
+  plain.display.expect(3);
+  plain.display.expect(2);
+  plain.display.finish();
+  EXPECT_THAT(plain.out.str(), HasSubstr("0 of 3 clips described\n"));
 }
 
 TEST(PlainProgress, TimePassingAddsNothing) {

@@ -17,6 +17,7 @@ using test::PipelineHarness;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 class RunnerTest : public testing::Test {
  protected:
@@ -24,7 +25,7 @@ class RunnerTest : public testing::Test {
     return std::make_unique<Runner>(harness.settings, harness.secrets, harness.stages, out, std::nullopt);
   }
 
-  ExitStatus describe(const std::vector<fs::path>& clips) { return makeRunner()->describe(clips); }
+  ExitStatus describe(const std::vector<fs::path>& clips) { return makeRunner()->describe({.clips = clips}); }
 
   fs::path clip(const std::string& name) { return harness.folder.write(name, "clip"); }
 
@@ -101,7 +102,7 @@ TEST_F(RunnerTest, AnInterruptCancelsWhatRunsAndWhatWaits) {
   const std::vector<fs::path> clips{clip("a.mp4"), clip("b.mp4"), clip("c.mp4")};
   ExitStatus status = allDone;
   {
-    std::jthread running([&] { status = runner->describe(clips); });
+    std::jthread running([&] { status = runner->describe({.clips = clips}); });
     gate.waitForArrivals(1);
     runner->interrupt();
     runner->interrupt();
@@ -127,7 +128,7 @@ TEST_F(RunnerTest, AnInterruptLeavesFinishedClipsFinished) {
   const std::vector<fs::path> clips{clip("a.mp4"), clip("b.mp4")};
   ExitStatus status = allDone;
   {
-    std::jthread running([&] { status = runner->describe(clips); });
+    std::jthread running([&] { status = runner->describe({.clips = clips}); });
     gate.waitForArrivals(1);
     runner->interrupt();
   }
@@ -135,6 +136,83 @@ TEST_F(RunnerTest, AnInterruptLeavesFinishedClipsFinished) {
   EXPECT_THAT(out.str(), HasSubstr("1 of 2 clips described, 1 cancelled\n"));
   EXPECT_TRUE(fs::exists(harness.folder / "a.description.md"));
   EXPECT_FALSE(fs::exists(harness.folder / "b.description.md"));
+}
+
+TEST_F(RunnerTest, SaysHowManyClipsAreLeftAlone) {
+  EXPECT_EQ(makeRunner()->describe({.clips = {clip("a.mp4")}, .upToDate = 2}), allDone);
+  EXPECT_THAT(out.str(), StartsWith("2 clips are up to date and left alone; --again describes them too.\nstarted "));
+}
+
+class WatchingRunner : public RunnerTest {
+ protected:
+  WatchingRunner() {
+    harness.stages.clock = std::make_shared<SystemClock>();  // the files that come in are of today
+    harness.answer = [this](const VisionRequest& request, const std::stop_token& stop) {
+      if (request.sourceContext.filename == "slow.mp4") gate.pass(stop);
+      return VisionResponse{.rawText = test::goodAnswer(), .modelId = "model", .inputTokens = {}, .outputTokens = {}};
+    };
+    harness.stages.writePoster = [this](const auto&...) -> std::optional<fs::path> {
+      written.admitOne();  // the last step of a clip's run
+      return std::nullopt;
+    };
+  }
+
+  /// Runs until the test interrupts it.
+  void start(const Worklist& work) {
+    runner = makeRunner();
+    running = std::jthread([this, work] {
+      status = runner->watch({harness.folder.path()}, [this, work] {
+        watching.open();
+        return work;
+      });
+    });
+    watching.pass();
+  }
+
+  void finish() {
+    runner->interrupt();
+    running.join();
+  }
+
+  /// A clip that was finished long ago comes into the folder.
+  void putClip(const std::string& name) {
+    const fs::path file = clip("elsewhere");
+    fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    fs::rename(file, harness.folder / name);
+  }
+
+  Gate gate, watching, written;
+  ExitStatus status = wrongUsage;
+  std::unique_ptr<Runner> runner;
+  std::jthread running;
+};
+
+TEST_F(WatchingRunner, DescribesWhatIsThereAndWhatComesIn) {
+  start({.clips = {clip("old.mp4")}});
+  written.pass();
+  putClip("new.mp4");
+  written.pass();
+  finish();
+  EXPECT_EQ(status, allDone) << "an end that is wished for, with nothing left to do";
+  EXPECT_THAT(out.str(), HasSubstr("Watching 1 folder; Ctrl-C ends.\n"));
+  EXPECT_THAT(out.str(), HasSubstr("started    new.mp4\n"));
+  EXPECT_THAT(out.str(), HasSubstr("2 of 2 clips described\n"));
+}
+
+TEST_F(WatchingRunner, AnInterruptCancelsWhatIsUnderWay) {
+  start({});
+  putClip("slow.mp4");
+  gate.waitForArrivals(1);
+  finish();
+  EXPECT_EQ(status, interrupted);
+  EXPECT_THAT(out.str(), HasSubstr("0 of 1 clip described, 1 cancelled\n"));
+}
+
+TEST_F(WatchingRunner, AnInterruptOfAnIdleOneEndsItWithoutAWord) {
+  start({});
+  finish();
+  EXPECT_EQ(status, allDone);
+  EXPECT_THAT(out.str(), Not(HasSubstr("Cancelling")));
 }
 
 TEST_F(RunnerTest, APosterThatCannotBeWrittenIsNotListed) {

@@ -1,5 +1,6 @@
 #include "Tools/Describe/Options.hpp"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -67,6 +68,16 @@ constexpr std::array valueOptions{
     ValueOption{"--jobs", [](Options& options, const std::string& value) { options.jobs = readJobs(value); }},
 };
 
+struct Switch {
+  std::string_view name;
+  bool Options::*flag;
+};
+
+constexpr std::array switches{
+    Switch{"--help", &Options::help},   Switch{"-h", &Options::help},       Switch{"--version", &Options::version},
+    Switch{"--again", &Options::again}, Switch{"--watch", &Options::watch},
+};
+
 const ValueOption& findOption(std::string_view name) {
   for (const ValueOption& option : valueOptions)
     if (option.name == name) return option;
@@ -84,10 +95,8 @@ Options parseOptions(const std::vector<std::string>& arguments) {
       options.inputs.emplace_back(argument);
     } else if (argument == "--") {
       onlyInputs = true;
-    } else if (argument == "--help" || argument == "-h") {
-      options.help = true;
-    } else if (argument == "--version") {
-      options.version = true;
+    } else if (const auto known = std::ranges::find(switches, argument, &Switch::name); known != switches.end()) {
+      options.*known->flag = true;
     } else {
       const std::size_t equals = argument.find('=');
       const ValueOption& option = findOption(std::string_view(argument).substr(0, equals));
@@ -122,7 +131,9 @@ std::string_view usageText() {
 
 Describes video files with a vision model and writes <name>.description.md,
 .json and .jpg beside each clip. Folders are searched for mov, mp4, m4v, mkv,
-webm, avi and mxf files. Options win over the settings of the application.
+webm, avi and mxf files; those with an up-to-date description are left alone,
+so a run that was stopped goes on where it was. Options win over the settings
+of the application.
 
   --provider NAME        anthropic, openai (any server of that kind) or mock
                          (no model and no network, for trying things out)
@@ -133,6 +144,9 @@ webm, avi and mxf files. Options win over the settings of the application.
   --on-conflict POLICY   what to do where an output exists: skip-existing,
                          overwrite or suffix (writes a numbered one beside it)
   --jobs N               how many clips are worked on at once
+  --again                describe clips in folders whatever they have already
+  --watch                go on with clips that come into the folders named (not
+                         into folders inside them), until Ctrl-C
   --settings FILE        a settings.json to use instead of the application's
   --help, --version
   --                     everything after it is a clip or a folder

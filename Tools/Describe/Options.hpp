@@ -23,6 +23,8 @@ class UsageError final : public std::runtime_error {
 struct Options {
   bool help = false;
   bool version = false;
+  bool again = false;  ///< also what has an up-to-date description
+  bool watch = false;  ///< go on with what comes into the folders
   std::optional<std::string> provider;
   std::optional<std::string> model;
   std::optional<std::string> baseURL;

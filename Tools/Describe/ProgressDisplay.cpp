@@ -39,9 +39,8 @@ std::string nameOf(const Job& job) {
 
 }  // namespace
 
-ProgressDisplay::ProgressDisplay(std::ostream& out, std::optional<int> columns, const Clock& clock,
-                                 std::size_t clipCount)
-    : out_(out), columns_(columns), clock_(clock), clipCount_(clipCount), start_(clock.steadyNow()) {}
+ProgressDisplay::ProgressDisplay(std::ostream& out, std::optional<int> columns, const Clock& clock)
+    : out_(out), columns_(columns), clock_(clock), start_(clock.steadyNow()) {}
 
 void ProgressDisplay::show(const Job& job, const std::vector<std::filesystem::path>& outputs) {
   const auto known = std::ranges::find(running_, job.id, &Job::id);
@@ -126,7 +125,7 @@ std::string ProgressDisplay::totalLine() const {
     worked += static_cast<double>(count);
   for (const Job& job : running_)
     worked += std::clamp(job.progress, 0.0, 1.0);
-  const double fraction = worked / static_cast<double>(clipCount_);
+  const double fraction = worked / static_cast<double>(std::max<std::size_t>(clipCount_, 1));
   std::string line = counts();
   if (fraction >= shownFrom && fraction < 1) {
     const double elapsed = Seconds(clock_.steadyNow() - start_).count();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
@@ -19,7 +20,10 @@ namespace tq::describe {
 class ProgressDisplay {
  public:
   /// `columns` is absent where `out` is no terminal. `out` and `clock` outlive the display.
-  ProgressDisplay(std::ostream& out, std::optional<int> columns, const Clock& clock, std::size_t clipCount);
+  ProgressDisplay(std::ostream& out, std::optional<int> columns, const Clock& clock);
+
+  /// So many clips, at least, are to be described in all.
+  void expect(std::size_t clips) { clipCount_ = std::max(clipCount_, clips); }
 
   /// A job has changed; `outputs` are the files that were written for it, known when it is done. A job that ends
   /// without having started shows in the counts alone: a cancelled run of thousands of clips stays readable.
@@ -45,7 +49,7 @@ class ProgressDisplay {
   std::ostream& out_;
   const std::optional<int> columns_;
   const Clock& clock_;
-  const std::size_t clipCount_;
+  std::size_t clipCount_ = 0;
   const std::chrono::steady_clock::time_point start_;
   std::vector<Job> running_;  // in order of start
   std::unordered_map<JobStatus, std::size_t> ended_;

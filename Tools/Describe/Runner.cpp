@@ -1,28 +1,15 @@
 #include "Tools/Describe/Runner.hpp"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
-#include "TQPipeline/JobOrchestrator.hpp"
+#include "TQFrames/WatcherLifecycle.hpp"
 
 namespace tq::describe {
 
 namespace {
 
 constexpr std::chrono::milliseconds betweenTicks{500};
-
-std::vector<Job> jobsFor(const std::vector<std::filesystem::path>& clips, Date now) {
-  std::vector<Job> jobs;
-  jobs.reserve(clips.size());
-  for (const auto& clip : clips) {
-    Job& job = jobs.emplace_back();
-    job.id = UUID::random();
-    job.sourceURL = clip;
-    job.createdAt = now;
-  }
-  return jobs;
-}
 
 }  // namespace
 
@@ -31,9 +18,12 @@ Runner::Runner(AppSettings settings, std::shared_ptr<const SecretsStore> secrets
     : settings_(std::move(settings)),
       secrets_(std::move(secrets)),
       stages_(std::move(stages)),
-      out_(out),
-      terminalColumns_(terminalColumns) {
+      display_(out, terminalColumns, *stages_.clock) {
   recordOutputs();
+  JobList::Observer& view = *this;
+  WorkQueue::Observer& observer = *this;
+  queue_ = std::make_unique<WorkQueue>(WorkQueueParts{.settings = settings_, .secrets = secrets_, .stages = stages_},
+                                       loop_.executor(), view, observer);
 }
 
 /// The engine tells of jobs, not of files; whoever composes it listens at the two stages that write.
@@ -64,38 +54,66 @@ std::vector<std::filesystem::path> Runner::outputsOf(const std::filesystem::path
   return known ? known.mapped() : std::vector<std::filesystem::path>{};
 }
 
-ExitStatus Runner::describe(const std::vector<std::filesystem::path>& clips) {
-  ProgressDisplay display(out_, terminalColumns_, *stages_.clock, clips.size());
-  const ExitStatus status = run(clips, display);
-  display.finish();
-  return status;
+ExitStatus Runner::describe(const Worklist& work) {
+  take(work);
+  turnLoopWhile([this] { return !queue_->isIdle(); });
+  return finish();
 }
 
-ExitStatus Runner::run(const std::vector<std::filesystem::path>& clips, ProgressDisplay& display) {
-  JobOrchestrator orchestrator(settings_, secrets_, stages_, [this](const Job& job) { mailbox_.send(job); });
-  const std::vector<Job> jobs = jobsFor(clips, stages_.clock->now());
-  orchestrator.add(jobs);
+ExitStatus Runner::watch(std::vector<std::filesystem::path> folders, const std::function<Worklist()>& findWork) {
+  const std::size_t count = folders.size();
+  WatcherLifecycle watcher(
+      loop_.executor(), stages_.clock, [this](const auto& clip) { queue_->handleWatchedFile(clip); },
+      [&] {
+        display_.say("Watching " + std::to_string(count) + (count == 1 ? " folder" : " folders") + "; Ctrl-C ends.");
+        take(findWork());
+      });
+  watcher.watch(WatcherLifecycle::Wish{.folders = std::move(folders), .exclusionGlobs = settings_.watchExclusionGlobs});
+  turnLoopWhile([this] { return !(wasInterrupted_ && queue_->isIdle()); });
+  return finish();
+}
 
-  std::size_t open = jobs.size();
-  bool failed = false;
-  bool wasInterrupted = false;
-  while (open > 0) {
-    const auto message = mailbox_.receive(betweenTicks);
-    if (!message) {
-      display.tick();
-    } else if (const Job* job = std::get_if<Job>(&*message)) {
-      if (isTerminal(job->status)) --open;
-      failed = failed || job->status == JobStatus::failed;
-      display.show(*job,
-                   job->status == JobStatus::done ? outputsOf(job->sourceURL) : std::vector<std::filesystem::path>{});
-    } else if (!std::exchange(wasInterrupted, true)) {
-      display.say("Cancelling. Ctrl-C again leaves at once.");
-      // From the back, so that no end of a running job starts one that is about to be cancelled.
-      std::for_each(jobs.rbegin(), jobs.rend(), [&](const Job& waiting) { orchestrator.cancel(waiting.id); });
-    }
-  }
-  if (wasInterrupted) return interrupted;
-  return failed ? notAllDone : allDone;
+void Runner::interrupt() {
+  loop_.post([this] { noteInterrupt(); });
+}
+
+void Runner::noteInterrupt() {
+  if (std::exchange(wasInterrupted_, true)) return;
+  if (!queue_->isIdle()) display_.say("Cancelling. Ctrl-C again leaves at once.");
+  queue_->cancelAll();
+}
+
+void Runner::take(const Worklist& work) {
+  if (work.upToDate > 0) display_.say(upToDateText(work));
+  if (wasInterrupted_) return;
+  display_.expect(queue_->jobs().size() + work.clips.size());
+  queue_->enqueueClips(work.clips);
+}
+
+void Runner::turnLoopWhile(const std::function<bool()>& isToGoOn) {
+  while (isToGoOn())
+    if (!loop_.runNext(betweenTicks)) display_.tick();
+}
+
+ExitStatus Runner::finish() {
+  queue_.reset();
+  display_.finish();
+  if (hasCancelled_) return interrupted;
+  return hasFailed_ ? notAllDone : allDone;
+}
+
+/// Clips may still come in from what was under way when the interrupt came.
+void Runner::rowsWereAppended() {
+  display_.expect(queue_->jobs().size());
+  if (wasInterrupted_) queue_->cancelAll();
+}
+
+void Runner::rowWasReplaced(std::size_t, const Job& before, const Job& after) {
+  if (isTerminal(before.status)) return;  // it only lets its frames go
+  hasFailed_ = hasFailed_ || after.status == JobStatus::failed;
+  hasCancelled_ = hasCancelled_ || after.status == JobStatus::cancelled;
+  display_.show(after,
+                after.status == JobStatus::done ? outputsOf(after.sourceURL) : std::vector<std::filesystem::path>{});
 }
 
 }  // namespace tq::describe

@@ -1,53 +1,65 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <ostream>
-#include <variant>
 #include <vector>
 
-#include "TQCore/Models/Job.hpp"
 #include "TQPersistence/SecretsStore.hpp"
 #include "TQPersistence/Settings.hpp"
 #include "TQPipeline/JobStages.hpp"
-#include "Tools/Describe/Mailbox.hpp"
+#include "TQPipeline/WorkQueue.hpp"
+#include "TQPlatform/EventLoop.hpp"
 #include "Tools/Describe/ProgressDisplay.hpp"
+#include "Tools/Describe/Worklist.hpp"
 
 namespace tq::describe {
 
 /// The exit statuses of the program.
 enum ExitStatus : int { allDone = 0, notAllDone = 1, wrongUsage = 2, interrupted = 130 };
 
-/// Describes clips from start to end on the engine that the window uses too, and shows how it goes.
-class Runner {
+/// Describes clips from start to end on the work queue that the window uses too, and shows how it goes. Its queue ends
+/// with it: what a stopped run leaves undone is known by the descriptions that are missing.
+class Runner : private JobList::Observer, private WorkQueue::Observer {
  public:
   Runner(AppSettings settings, std::shared_ptr<const SecretsStore> secrets, JobStages stages, std::ostream& out,
          std::optional<int> terminalColumns);
 
-  /// Blocks until every clip has ended. Not to be called twice.
-  ExitStatus describe(const std::vector<std::filesystem::path>& clips);
+  /// Blocks until every clip has ended. Neither this nor `watch` is to be called twice.
+  ExitStatus describe(const Worklist& work);
+
+  /// Watches the folders, describes what `findWork` gives once they are watched, and then what comes in, until it is
+  /// interrupted.
+  ExitStatus watch(std::vector<std::filesystem::path> folders, const std::function<Worklist()>& findWork);
 
   /// Cancels what has not ended, soon; from any thread.
-  void interrupt() { mailbox_.send(Interrupt{}); }
+  void interrupt();
 
  private:
-  struct Interrupt {};
-  using Message = std::variant<Job, Interrupt>;
+  void rowsWereAppended() override;
+  void rowWasReplaced(std::size_t row, const Job& before, const Job& after) override;
 
   void recordOutputs();
+  void take(const Worklist& work);
+  void noteInterrupt();
   /// Returns when nothing works on any clip any more, which may be a while after the last one was cancelled.
-  ExitStatus run(const std::vector<std::filesystem::path>& clips, ProgressDisplay& display);
+  ExitStatus finish();
+  void turnLoopWhile(const std::function<bool()>& isToGoOn);
   std::vector<std::filesystem::path> outputsOf(const std::filesystem::path& clip);
 
   const AppSettings settings_;
   const std::shared_ptr<const SecretsStore> secrets_;
   JobStages stages_;
-  std::ostream& out_;
-  const std::optional<int> terminalColumns_;
-  Mailbox<Message> mailbox_;
+  ProgressDisplay display_;
+  EventLoop loop_;
+  std::unique_ptr<WorkQueue> queue_;
+  bool wasInterrupted_ = false;
+  bool hasFailed_ = false;
+  bool hasCancelled_ = false;
   std::mutex outputsMutex_;
   std::map<std::filesystem::path, std::vector<std::filesystem::path>> outputs_;
 };

@@ -1,10 +1,13 @@
 // tarquel-describe: the engine without a window, for servers and scripts.
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -14,16 +17,17 @@
 #include "TQCore/TQError.hpp"
 #include "TQCore/VideoExtensions.hpp"
 #include "TQDescription/SidecarNames.hpp"
-#include "TQFrames/VideoExpansion.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPlatform/ChildProcess.hpp"
 #include "TQPlatform/CurlSession.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/Interrupts.hpp"
+#include "TQPlatform/TemporaryFile.hpp"
 #include "TQPlatform/Terminal.hpp"
 #include "Tools/Describe/Options.hpp"
 #include "Tools/Describe/PlainText.hpp"
 #include "Tools/Describe/Runner.hpp"
+#include "Tools/Describe/Worklist.hpp"
 
 namespace {
 
@@ -75,18 +79,44 @@ void warnOfSharedOutputs(const std::vector<fs::path>& clips, const OutputConfig&
   }
 }
 
+/// Before anything is written: leftovers of a run that was killed would stay for ever.
+void removeLeftovers(const std::vector<fs::path>& clips, const OutputConfig& output) {
+  std::set<fs::path> folders;
+  for (const fs::path& clip : clips)
+    folders.insert(output.sidecarDirectory.value_or(clip.parent_path()));
+  std::for_each(folders.begin(), folders.end(), removeAbandonedTemporaries);
+}
+
 ExitStatus describeInputs(const Options& options) {
   const AppSupportPaths paths = AppSupportPaths::ofUser();
   const AppSettings settings = applyOptions(readSettings(options, paths), options);
+  const OutputConfig& output = settings.output;
   const bool allUsable = checkInputs(options.inputs);
-  const std::vector<fs::path> clips = expandToVideos(options.inputs);
-  if (clips.empty()) {
-    complain("There is no video file to describe.");
-    return notAllDone;
+  const auto findWork = [&] {
+    Worklist work = makeWorklist(options.inputs, output, options.again);
+    warnOfSharedOutputs(work.clips, output);
+    removeLeftovers(work.clips, output);
+    return work;
+  };
+  Worklist work;
+  std::vector<fs::path> watched;
+  if (options.watch) {
+    std::copy_if(options.inputs.begin(), options.inputs.end(), std::back_inserter(watched),
+                 [](const fs::path& input) { return fs::is_directory(input); });
+    if (watched.empty()) throw UsageError("--watch needs a folder.");
+  } else {
+    work = findWork();
+    if (work.clips.empty() && work.upToDate == 0) {
+      complain("There is no video file to describe.");
+      return notAllDone;
+    }
+    if (work.clips.empty()) {
+      std::cout << upToDateText(work) << "\n";
+      return allUsable ? allDone : notAllDone;
+    }
   }
-  warnOfSharedOutputs(clips, settings.output);
   // Learned now, and not after a model was asked about the first clip.
-  if (settings.output.sidecarDirectory) createFolders(*settings.output.sidecarDirectory);
+  if (output.sidecarDirectory) createFolders(*output.sidecarDirectory);
   const auto secrets = std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>());
 
   holdInterrupts();  // the session starts a thread
@@ -99,7 +129,7 @@ ExitStatus describeInputs(const Options& options) {
       leaveAtOnce(interrupted);
     }
   });
-  const ExitStatus status = runner.describe(clips);
+  const ExitStatus status = options.watch ? runner.watch(std::move(watched), findWork) : runner.describe(work);
   return status == allDone && !allUsable ? notAllDone : status;
 }
 
