@@ -40,7 +40,7 @@ fs::path firstFreeSibling(const fs::path& folder, const std::string& stem, Sidec
 
 /// Where that file goes, its folder made; absent when it is to be skipped.
 std::optional<fs::path> resolveTarget(const fs::path& sourceURL, SidecarKind kind, const OutputConfig& config) {
-  const fs::path folder = config.sidecarDirectory.value_or(sourceURL.parent_path());
+  const fs::path folder = sidecarFolder(sourceURL, config);
   if (!fileExists(folder)) createFolders(folder);
 
   const std::string stem = stemOf(sourceURL);

@@ -20,6 +20,10 @@ std::string stemOf(const std::filesystem::path& file) {
   return file.stem().string();
 }
 
+std::filesystem::path sidecarFolder(const std::filesystem::path& clip, const OutputConfig& config) {
+  return config.sidecarDirectory.value_or(clip.parent_path());
+}
+
 std::string sidecarName(const std::string& stem, SidecarKind kind) {
   return stem + infix + extensionOf(kind);
 }

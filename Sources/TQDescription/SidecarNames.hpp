@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include "TQCore/Models/OutputConfig.hpp"
+
 namespace tq {
 
 /// The files that stand beside a clip. Their names are the only way from a clip to its description.
@@ -11,6 +13,9 @@ enum class SidecarKind { markdown, json, poster };
 /// The last path component without its last extension: "clip.take2" for clip.take2.mov. A name such as ".mov" has no
 /// extension and is its own stem.
 std::string stemOf(const std::filesystem::path& file);
+
+/// Where the sidecars of that clip are written: the configured folder, or the clip's own.
+std::filesystem::path sidecarFolder(const std::filesystem::path& clip, const OutputConfig& config);
 
 /// "<stem>.description.md", ".json" or ".jpg".
 std::string sidecarName(const std::string& stem, SidecarKind kind);

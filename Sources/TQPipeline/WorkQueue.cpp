@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <utility>
 
+#include "TQDescription/SidecarNames.hpp"
 #include "TQFrames/VideoExpansion.hpp"
 #include "TQFrames/WatchFolderLogic.hpp"
 #include "TQPipeline/ConfiguredEngine.hpp"
+#include "TQPlatform/TemporaryFile.hpp"
 
 namespace tq {
 
@@ -82,14 +85,19 @@ void WorkQueue::updateSettings(AppSettings settings) {
 void WorkQueue::restore() {
   if (!store_) return;
   writer_->hold();
-  takeInBy([this] {
+  takeInBy([this, output = settings_.output] {
     Rows rows;
-    for (Job& job : store_->load())
+    std::set<fs::path> folders{store_->url.parent_path()};
+    for (Job& job : store_->load()) {
+      folders.insert(sidecarFolder(job.sourceURL, job.outputOverride.value_or(output)));
       rows.push_back(std::make_shared<const Job>(std::move(job)));
+    }
     forEachSlice(std::move(rows), [this](Rows slice) {
       owner_.post([this, slice = std::move(slice)]() mutable { takeIn(std::move(slice)); });
     });
     owner_.post([this] { writer_->release(); });
+    // What a run that was killed left half written, where it can have been at work.
+    std::for_each(folders.begin(), folders.end(), removeAbandonedTemporaries);
   });
 }
 

@@ -18,6 +18,8 @@ using testing::SizeIs;
 using testing::StartsWith;
 using enum JobStatus;
 
+const std::string leftoverName = ".tarquel-12-0123456789abcdef.tmp";
+
 class WorkQueueRestart : public testing::Test {
  protected:
   Job stored(const std::string& clip, JobStatus status) {
@@ -113,6 +115,18 @@ TEST_F(WorkQueueRestart, ADescriptionThatWasCompleteIsDoneAgainBesideTheOldOne) 
   restoreAll(1);
   harness.runUntilIdle();
   EXPECT_TRUE(fs::exists(harness.engine.folder / "a.description (2).json"));
+}
+
+TEST_F(WorkQueueRestart, WhatAKilledRunLeftHalfWrittenIsRemoved) {
+  const fs::path leftover = harness.clip("clips/" + leftoverName);
+  const fs::path privateLeftover = harness.clip("private/" + leftoverName);
+  const fs::path elsewhere = harness.clip("elsewhere/" + leftoverName);
+  save({stored("clips/a.mov", failed)});
+  harness.start().restore();
+  harness.runUntil([&] { return harness.queue().isIdle(); });
+  EXPECT_FALSE(fs::exists(leftover));
+  EXPECT_FALSE(fs::exists(privateLeftover));
+  EXPECT_TRUE(fs::exists(elsewhere)) << "no job was at work there";
 }
 
 TEST_F(WorkQueueRestart, TheFileFollowsTheQueue) {

@@ -21,8 +21,7 @@ std::string upToDateText(const Worklist& work) {
 
 bool isDescribed(const fs::path& clip, const OutputConfig& output) {
   if (output.format != OutputFormat::markdown) return !WatchFolderLogic::shouldEnqueue(clip, output.sidecarDirectory);
-  const fs::path sidecar =
-      output.sidecarDirectory.value_or(clip.parent_path()) / sidecarName(stemOf(clip), SidecarKind::markdown);
+  const fs::path sidecar = sidecarFolder(clip, output) / sidecarName(stemOf(clip), SidecarKind::markdown);
   const auto described = WatchFolderLogic::modificationDate(sidecar);
   const auto changed = WatchFolderLogic::modificationDate(clip);
   return described && changed && *changed <= *described;

@@ -71,7 +71,7 @@ void warnOfSharedOutputs(const std::vector<fs::path>& clips, const OutputConfig&
   if (output.conflictPolicy == ConflictPolicy::suffix) return;
   std::map<fs::path, fs::path> owners;
   for (const fs::path& clip : clips) {
-    const fs::path outputs = output.sidecarDirectory.value_or(clip.parent_path()) / stemOf(clip);
+    const fs::path outputs = sidecarFolder(clip, output) / stemOf(clip);
     const auto [owner, isFirst] = owners.emplace(outputs, clip);
     if (!isFirst)
       complain(clip.string() + " and " + owner->second.string() +
@@ -83,7 +83,7 @@ void warnOfSharedOutputs(const std::vector<fs::path>& clips, const OutputConfig&
 void removeLeftovers(const std::vector<fs::path>& clips, const OutputConfig& output) {
   std::set<fs::path> folders;
   for (const fs::path& clip : clips)
-    folders.insert(output.sidecarDirectory.value_or(clip.parent_path()));
+    folders.insert(sidecarFolder(clip, output));
   std::for_each(folders.begin(), folders.end(), removeAbandonedTemporaries);
 }
 
