@@ -47,8 +47,8 @@ void requireRoom(const Workshop& workshop) {
   writeFileAtomically(workshop / "room", little);
 }
 
-void trim(const ExportItem& item, std::size_t index, const fs::path& target, const FFmpegBridge& bridge,
-          bool reencode) {
+void trim(const ExportItem& item, std::size_t index, const fs::path& target, const FFmpegBridge& bridge, bool reencode,
+          const std::stop_token& stop) {
   const ExportRange& range = item.ranges[index];
   const Workshop workshop(target.parent_path());
   const fs::path unfinished = workshop / target.filename();
@@ -56,9 +56,11 @@ void trim(const ExportItem& item, std::size_t index, const fs::path& target, con
       bridge
           .runFFmpeg(ClipExporter::trimArgs(item.mediaURL, unfinished, range.startSeconds, range.endSeconds, reencode))
           .status;
-  if (status != 0)
+  if (status != 0) {
+    throwIfStopped(stop);  // whoever asked for the stop may have ended the tool as well
     throw TQError::frameExtractionFailed("ffmpeg trim of " + item.mediaURL.filename().string() + " range " +
                                          std::to_string(index) + " exit " + std::to_string(status));
+  }
   try {
     requireRoom(workshop);
     replaceFile(unfinished, target);
@@ -95,7 +97,7 @@ void ClipExporter::run(const std::vector<ExportItem>& items, const fs::path& out
   for (const ExportItem& item : items)
     for (std::size_t index = 0; index < item.ranges.size(); ++index) {
       throwIfStopped(stop);
-      trim(item, index, outputURL(item, index, outputFolder), bridge, reencode);
+      trim(item, index, outputURL(item, index, outputFolder), bridge, reencode, stop);
     }
 }
 

@@ -29,7 +29,7 @@ struct ClipExporter {
   ///
   /// Throws `SystemError` when the folder cannot be used, `TQError::frameExtractionFailed` when ffmpeg fails,
   /// `TQError::outputWriteFailed` when the disk is full or the output's name cannot be had. A stop request is noticed
-  /// between two ranges and ends the run with `Cancelled`.
+  /// between two ranges and when ffmpeg fails, and ends the run with `Cancelled`.
   static void run(const std::vector<ExportItem>& items, const std::filesystem::path& outputFolder,
                   const FFmpegBridge& bridge, bool reencode, const std::stop_token& stop = {});
 };

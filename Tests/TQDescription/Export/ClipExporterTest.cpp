@@ -277,6 +277,21 @@ TEST_F(ClipExporterRun, AStopRequestEndsTheRunBetweenTwoRanges) {
   EXPECT_THAT(namesIn(out()), ElementsAre("a_00.mov"));
 }
 
+TEST_F(ClipExporterRun, AToolThatFailsAfterAStopRequestCountsAsCancelled) {
+  const fs::path gate = folder_ / "gate";
+  ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
+  std::stop_source stop;
+  auto run = std::async(std::launch::async, [&] {
+    ClipExporter::run({exportItem("a.mov", {{0, 1, {}}})}, out(),
+                      toolThat("read line < '" + gate.string() + "'\nexit 9\n"), false, stop.get_token());
+  });
+  std::ofstream opened(gate);
+  stop.request_stop();
+  opened << "go\n" << std::flush;
+  EXPECT_THROW(run.get(), Cancelled);
+  EXPECT_THAT(namesIn(out()), IsEmpty());
+}
+
 // Real clips
 
 /// Ten seconds with a key frame and a tone at every second: frame n shows the number n, ten a second.
