@@ -1,8 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "KeysOfUsageText.hpp"
+#include "TQPersistence/SecretAccounts.hpp"
 #include "TQVision/ProviderProfile.hpp"
 #include "Tools/Describe/Options.hpp"
+#include "Tools/Shared/CommandLine.hpp"
 
 namespace tq::describe {
 namespace {
@@ -13,7 +16,7 @@ using testing::HasSubstr;
 std::string complaintAbout(const std::vector<std::string>& arguments) {
   try {
     parseOptions(arguments);
-  } catch (const UsageError& error) {
+  } catch (const tools::UsageError& error) {
     return error.what();
   }
   return "understood";
@@ -159,6 +162,11 @@ TEST(ApplyOptions, SetsOutputAndWidth) {
 TEST(ApplyOptions, ARelativeOutputFolderIsOneOfTheCurrentFolder) {
   EXPECT_EQ(applyOptions({}, parseOptions({"--output-dir", "out"})).output.sidecarDirectory,
             std::filesystem::current_path() / "out");
+}
+
+TEST(UsageText, ShowsTheKeysAsTheStoreReadsThem) {
+  for (const char* account : {SecretAccounts::anthropicAPIKey, SecretAccounts::openaiAPIKey})
+    EXPECT_EQ(test::keyInExample(std::string(usageText()), account), "...");
 }
 
 TEST(UsageText, NamesEveryOptionAndFitsATerminal) {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "Tools/Describe/PlainText.hpp"
+#include "Tools/Shared/PlainText.hpp"
 
-namespace tq::describe {
+namespace tq::tools {
 namespace {
 
 TEST(Printable, LeavesOrdinaryTextAlone) {
@@ -74,4 +74,4 @@ TEST(RoughDuration, SpeaksInTheUnitThatMatters) {
 }
 
 }  // namespace
-}  // namespace tq::describe
+}  // namespace tq::tools

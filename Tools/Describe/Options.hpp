@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,12 +11,6 @@
 #include "TQPersistence/Settings.hpp"
 
 namespace tq::describe {
-
-/// The command line cannot be understood. `what()` is one sentence for whoever typed it.
-class UsageError final : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// What the command line asks for. Whatever is absent stays as the settings have it.
 struct Options {
@@ -39,7 +32,7 @@ struct Options {
 };
 
 /// Reads the arguments behind the program's name: "--name VALUE" or "--name=VALUE" in any order; after "--" everything
-/// is an input. Throws `UsageError`.
+/// is an input. Throws `tools::UsageError`.
 Options parseOptions(const std::vector<std::string>& arguments);
 
 /// The settings with the command line's wishes on top. A provider without a model gets that provider's default model,

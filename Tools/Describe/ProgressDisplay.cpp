@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Tools/Describe/PlainText.hpp"
+#include "Tools/Shared/PlainText.hpp"
 
 namespace tq::describe {
+
+using tools::fitted;
+using tools::printable;
+using tools::roughDuration;
 
 namespace {
 

@@ -16,11 +16,12 @@
 #include "TQPlatform/EventLoop.hpp"
 #include "Tools/Describe/ProgressDisplay.hpp"
 #include "Tools/Describe/Worklist.hpp"
+#include "Tools/Shared/CommandLine.hpp"
 
 namespace tq::describe {
 
-/// The exit statuses of the program.
-enum ExitStatus : int { allDone = 0, notAllDone = 1, wrongUsage = 2, interrupted = 130 };
+using tools::ExitStatus;
+using enum tools::ExitStatus;
 
 /// Describes clips from start to end on the work queue that the window uses too, and shows how it goes. Its queue ends
 /// with it: what a stopped run leaves undone is known by the descriptions that are missing.

@@ -25,15 +25,18 @@
 #include "TQPlatform/TemporaryFile.hpp"
 #include "TQPlatform/Terminal.hpp"
 #include "Tools/Describe/Options.hpp"
-#include "Tools/Describe/PlainText.hpp"
 #include "Tools/Describe/Runner.hpp"
 #include "Tools/Describe/Worklist.hpp"
+#include "Tools/Shared/CommandLine.hpp"
+#include "Tools/Shared/PlainText.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace tq;
 using namespace tq::describe;
+using tools::printable;
+using tools::UsageError;
 
 void complain(const std::string& text) {
   std::cerr << "tarquel-describe: " << printable(text) << "\n";

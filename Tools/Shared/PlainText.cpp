@@ -1,11 +1,11 @@
-#include "Tools/Describe/PlainText.hpp"
+#include "Tools/Shared/PlainText.hpp"
 
 #include <array>
 #include <cmath>
 
 #include "TQPlatform/Unicode.hpp"
 
-namespace tq::describe {
+namespace tq::tools {
 
 namespace {
 
@@ -85,4 +85,4 @@ std::string roughDuration(double seconds) {
   return "about " + std::to_string(minutes / 60) + " h " + std::to_string(minutes % 60) + " min";
 }
 
-}  // namespace tq::describe
+}  // namespace tq::tools
