@@ -8,7 +8,7 @@ namespace tq {
 namespace {
 
 constexpr std::size_t headerBytes = 5;
-constexpr int mostPixels = 1 << 18;
+constexpr int mostPixels = 1 << 16;
 
 /// The bitmap that an input stands for: two bytes of width, two of height, one of orientation, then the pixels, which
 /// are repeated over a bitmap that is larger than they are.

@@ -71,6 +71,8 @@ struct ImageGenerator::Decoder {
 
   void open();
   Image imageAt(double seconds, const std::stop_token& stop);
+  void noticeFileSize();
+  void forget();
   const Decoded& find(double seconds);
 
   double timeOf(std::int64_t stamp) const {
@@ -139,7 +141,7 @@ Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& st
   const libav::Watch::Scope scope(asset.watch, stop, asset.limits.withoutPicture - fruitless);
   asset.watch.check();
   asset.file.clearFailure();
-  fileBytes = avio_size(asset.format->pb);
+  noticeFileSize();
   try {
     if (!codec) open();
     const Decoded& found = find(std::isfinite(seconds) ? seconds : 0);
@@ -149,6 +151,11 @@ Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& st
     readUpTo = AV_NOPTS_VALUE;
     throw;
   }
+}
+
+/// Pictures that came before a file changed its length say nothing about where it ends now.
+void ImageGenerator::Decoder::noticeFileSize() {
+  if (const std::int64_t bytes = avio_size(asset.format->pb); std::exchange(fileBytes, bytes) != bytes) forget();
 }
 
 const Decoded& ImageGenerator::Decoder::find(double seconds) {
@@ -165,7 +172,7 @@ const Decoded& ImageGenerator::Decoder::find(double seconds) {
     key = earlier;
   }
   if (!found) found = nearest(seconds);
-  if (!found) throw MediaError("no picture could be decoded there");
+  if (!found) throw MediaError(memory->exhausted() ? tooLarge : "no picture could be decoded there");
   if (!isShown(*found, seconds)) throw MediaError("the clip ends before that");
   return *found;
 }
@@ -290,13 +297,17 @@ const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::opti
   return previous || current->time < from ? nearest(seconds) : nullptr;
 }
 
-void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key) {
-  const std::int64_t stamp = key ? lastStampOf(*key) : stampOf(0);
+void ImageGenerator::Decoder::forget() {
   previous.reset();
   current.reset();
   passedOver = -HUGE_VAL;
   readUpTo = AV_NOPTS_VALUE;
   drained = ended = false;
+}
+
+void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key) {
+  const std::int64_t stamp = key ? lastStampOf(*key) : stampOf(0);
+  forget();
   avcodec_flush_buffers(codec.get());
   ++counts.seeks;
   if (av_seek_frame(asset.format.get(), stream->index, stamp, AVSEEK_FLAG_BACKWARD) >= 0) return;

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "TQPlatform/MediaAssetState.hpp"
+#include "TQPlatform/MovieEdits.hpp"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -43,11 +44,18 @@ int openNothingElse(AVFormatContext*, AVIOContext**, const char*, int, AVDiction
   return AVERROR(EPERM);
 }
 
+/// Without it only the start of the first edit counts, which is all that most movies have.
+bool mayArrangeByEdits(const MediaAsset::State& state) {
+  const auto work = libav::editingWork(state.file.reader(), state.watch);
+  return work && *work <= state.limits.editingWork;
+}
+
 /// A context that reads `state`'s file and nothing else, opened. Throws as the asset's constructor does.
 libav::Owned<AVFormatContext> openFormat(MediaAsset::State& state, const fs::path& file) {
   Dictionary options;
   options.set("format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2");
   options.set("probesize", "4000000");
+  options.set("advanced_editlist", mayArrangeByEdits(state) ? "1" : "0");
   AVFormatContext* format = avformat_alloc_context();
   if (!format) throw std::bad_alloc();
   format->pb = state.file.context();

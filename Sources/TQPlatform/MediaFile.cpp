@@ -76,6 +76,7 @@ void MediaFile::check() const {
 void MediaFile::clearFailure() {
   failure_.reset();
   context_->error = 0;
+  context_->eof_reached = 0;
 }
 
 bool MediaFile::tablesTooLarge() const {

@@ -51,6 +51,7 @@ class MediaFile {
   MediaFile& operator=(const MediaFile&) = delete;
 
   AVIOContext* context() const { return context_; }
+  const FileReader& reader() const { return reader_; }
 
   /// From now on every read measures the tables that `format` holds, and ends once they list more than `samples`. Null
   /// when there is none any more.
@@ -60,7 +61,7 @@ class MediaFile {
   /// did not. libavformat itself takes any failed read for the end.
   void check() const;
 
-  /// Forgets a failed read, for another attempt.
+  /// Forgets a failed read and where the file ended, for another attempt.
   void clearFailure();
 
  private:

@@ -22,6 +22,10 @@ struct MediaLimits {
   /// Samples that the tables of all tracks list together; 40 bytes each while the clip is open.
   std::int64_t samples = std::int64_t{1} << 24;
 
+  /// Samples passed to arrange the tables by edit lists, which takes five seconds; of a movie that asks for more only
+  /// its first edit counts.
+  std::int64_t editingWork = std::int64_t{1} << 25;
+
   /// Bytes of the pictures that a decoder holds at once: twenty of 8K with ten bits, and a decoder keeps seventeen.
   std::int64_t pictureBytes = std::int64_t{1} << 31;
 };

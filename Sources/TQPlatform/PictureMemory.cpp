@@ -63,6 +63,7 @@ void PictureMemory::serve(AVCodecContext& codec, std::shared_ptr<PictureMemory>&
 bool PictureMemory::take(std::int64_t bytes) {
   if ((used_ += bytes) <= limit_) return true;
   used_ -= bytes;
+  exhausted_ = true;
   return false;
 }
 

@@ -23,9 +23,13 @@ class PictureMemory {
   bool take(std::int64_t bytes);
   void giveBack(std::int64_t bytes) { used_ -= bytes; }
 
+  /// True once a picture was refused. Decoders do not always tell why they failed.
+  bool exhausted() const { return exhausted_; }
+
  private:
   const std::int64_t limit_;
   std::atomic<std::int64_t> used_ = 0;
+  std::atomic<bool> exhausted_ = false;
 };
 
 }  // namespace tq::libav

@@ -180,6 +180,12 @@ ssize_t __wrap_read(int descriptor, void* buffer, std::size_t size) {
   return go(fate, [&] { return __real_read(descriptor, buffer, std::min(size, fate.most)); });
 }
 
+ssize_t __real_pread(int descriptor, void* buffer, std::size_t size, off_t offset);
+ssize_t __wrap_pread(int descriptor, void* buffer, std::size_t size, off_t offset) {
+  const FileFate fate = fateOf(FileCall::read, descriptor);
+  return go(fate, [&] { return __real_pread(descriptor, buffer, std::min(size, fate.most), offset); });
+}
+
 ssize_t __real_write(int descriptor, const void* content, std::size_t size);
 ssize_t __wrap_write(int descriptor, const void* content, std::size_t size) {
   const FileFate fate = fateOf(FileCall::write, descriptor);
