@@ -108,6 +108,15 @@ std::vector<LoadedSidecar> LibraryModel::loadSidecars(const fs::path& from, bool
   return sidecars;
 }
 
+std::vector<LibraryMatch> LibraryModel::filter(const std::vector<LoadedSidecar>& sidecars, std::string_view query,
+                                               const FacetSelection& facets, std::size_t limit) {
+  return PreparedLibrary(sidecars, 1, {}).filter(query, facets, limit);
+}
+
+FacetOptions LibraryModel::facetOptions(const std::vector<LoadedSidecar>& sidecars, std::size_t processorCount) {
+  return FacetIndex::build(sidecars.size(), recordsOf(sidecars), processorCount);
+}
+
 std::vector<RerateCandidate> LibraryModel::rerateCandidates(const std::vector<LoadedSidecar>& in,
                                                             bool includeRefusals) {
   std::vector<RerateCandidate> candidates;

@@ -5,10 +5,12 @@
 #include <functional>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "TQCore/Models/RerateCandidate.hpp"
 #include "TQDescription/LoadedSidecar.hpp"
+#include "TQDescription/PreparedLibrary.hpp"
 
 namespace tq {
 
@@ -33,6 +35,16 @@ struct LibraryModel {
   /// is taken for an empty one instead, and so is every folder below it. Throws `Cancelled` once a stop was requested.
   static std::vector<std::filesystem::path> collectSidecarURLs(const std::filesystem::path& under, bool recursive,
                                                                std::stop_token stop);
+
+  /// What a search box finds: the first `limit` sidecars that match words, typed conditions and facets, best first (see
+  /// `SearchEngine`). A search for nothing finds nothing; the caller shows everything then. A hit is known by its
+  /// filename, so of clips with the same name in several folders all hits show the first. Who searches again and again
+  /// makes a `PreparedLibrary`, which this does for one search.
+  static std::vector<LibraryMatch> filter(const std::vector<LoadedSidecar>& sidecars, std::string_view query,
+                                          const FacetSelection& facets, std::size_t limit);
+
+  /// What the sidecars can be narrowed by, counted with `processorCount` threads.
+  static FacetOptions facetOptions(const std::vector<LoadedSidecar>& sidecars, std::size_t processorCount);
 
   /// The clips that deserve another description, sorted by the clip's path: those marked for review, and with
   /// `includeRefusals` those that a model refused. A clip may be missing on the disk; one whose name leads out of its

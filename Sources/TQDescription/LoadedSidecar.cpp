@@ -18,4 +18,8 @@ std::size_t hashOf(const LoadedSidecar& sidecar) {
   return hashOfValues(sidecar.sidecarURL, *sidecar.result);
 }
 
+RecordAt recordsOf(const std::vector<LoadedSidecar>& sidecars) {
+  return [&sidecars](std::size_t number) -> const DescriptionResult& { return *sidecars[number].result; };
+}
+
 }  // namespace tq

@@ -2,9 +2,11 @@
 
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 #include "TQCore/Models/DescriptionResult.hpp"
 #include "TQCore/Shared.hpp"
+#include "TQDescription/RecordSequence.hpp"
 
 namespace tq {
 
@@ -25,5 +27,8 @@ struct LoadedSidecar {
 };
 template <>
 std::size_t hashOf(const LoadedSidecar&);
+
+/// The records of `sidecars`, which must stay where they are for as long as the function is used.
+RecordAt recordsOf(const std::vector<LoadedSidecar>& sidecars);
 
 }  // namespace tq
