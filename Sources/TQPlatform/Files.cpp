@@ -50,6 +50,20 @@ std::optional<FileMode> modeToKeep(const fs::path& path) {
   return status.st_mode & 0777;
 }
 
+Descriptor openFolderOf(const fs::path& path) {
+  const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  Descriptor folder(uninterrupted([&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if (!folder) throwErrno(path);
+  return folder;
+}
+
+/// Makes sure of the new name of `path` in its open folder.
+void syncFolderOf(const fs::path& path, const Descriptor& folder) {
+  // Some network and user-space file systems know no fsync of a folder.
+  if (uninterrupted([&] { return ::fsync(folder.get()); }) != 0 && errno != EINVAL && errno != ENOTSUP)
+    throwErrno(path);
+}
+
 }  // namespace
 
 bool fileExists(const fs::path& path) {
@@ -145,20 +159,22 @@ void writeFileAtomically(const fs::path& path, ByteView content, std::optional<F
 void streamFileAtomically(const fs::path& path, const std::function<void(const FileSink&)>& produce,
                           std::optional<FileMode> mode, ModeFailure onModeFailure) {
   const std::optional<FileMode> kept = modeToKeep(path);
-  const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  const Descriptor folder(uninterrupted([&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-  if (!folder) throwErrno(path);
+  const Descriptor folder = openFolderOf(path);
   TemporaryFile temporary(folder.get(), path, mode ? mode : kept, mode ? onModeFailure : ModeFailure::isIgnored);
   produce([&](ByteView bytes) { temporary.write(bytes); });
   temporary.putInPlace();
-  // Some network and user-space file systems know no fsync of a folder.
-  if (uninterrupted([&] { return ::fsync(folder.get()); }) != 0 && errno != EINVAL && errno != ENOTSUP)
-    throwErrno(path);
+  syncFolderOf(path, folder);
 }
 
 void replaceFile(const fs::path& finished, const fs::path& target) {
-  if (const std::optional<FileMode> kept = modeToKeep(target)) setFileMode(finished, *kept);
+  const std::optional<FileMode> kept = modeToKeep(target);
+  const Descriptor folder = openFolderOf(target);
+  const Descriptor file(uninterrupted([&] { return ::open(finished.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); }));
+  if (!file) throwErrno(target);
+  if (kept) ::fchmod(file.get(), *kept);  // as far as the file system can
+  if (uninterrupted([&] { return ::fsync(file.get()); }) != 0) throwErrno(target);
   if (::rename(finished.c_str(), target.c_str()) != 0) throwErrno(target);
+  syncFolderOf(target, folder);
 }
 
 }  // namespace tq

@@ -83,9 +83,10 @@ void writeFileAtomically(const std::filesystem::path& path, ByteView content,
                          std::optional<FileMode> mode = std::nullopt,
                          ModeFailure onModeFailure = ModeFailure::isAnError);
 
-/// Gives a finished file of the same file system the name `target`, in one step and in place of a file that has it.
-/// What must not be replaced, what is kept of it and what becomes of a symbolic link: as for `writeFileAtomically`.
-/// Nothing is forced to the disk. Throws a `SystemError` that names `target`; both files are then as they were.
+/// Gives a finished file of the same file system the name `target`, in one step and in place of a file that has it,
+/// once its content is safe on the disk. What must not be replaced, what is kept of it, what becomes of a symbolic link
+/// and what a failure of the last step means: as for `writeFileAtomically`. Throws a `SystemError` that names `target`;
+/// both files have their names and contents then.
 void replaceFile(const std::filesystem::path& finished, const std::filesystem::path& target);
 
 /// Takes the next bytes of a file. Throws `SystemError`.

@@ -210,6 +210,29 @@ TEST(FaultyWriteInFull, AWriteThatMovesNothingIsAnError) {
   EXPECT_TRUE(namesIn(folder.path()).empty());
 }
 
+TEST(FaultyReplacement, LeavesBothFilesOrPutsTheNewOneInPlaceWhateverFails) {
+  const TemporaryFolder folder;
+  const Strikes strikes = failEveryCall({.folder = folder.path(),
+                                         .prepare =
+                                             [&] {
+                                               folder.write("a", "old");
+                                               fs::permissions(folder.write("finished", "new"), fs::perms(0600));
+                                             },
+                                         .attempt = [&] { replaceFile(folder / "finished", folder / "a"); },
+                                         .check =
+                                             [&](const std::optional<std::string>& error) {
+                                               const bool isDone = !fs::exists(folder / "finished");
+                                               EXPECT_TRUE(isDone || error);
+                                               EXPECT_EQ(contentOf(folder / "a"), isDone ? "new" : "old");
+                                               if (isDone) return;
+                                               EXPECT_EQ(contentOf(folder / "finished"), "new");
+                                               replaceFile(folder / "finished", folder / "a");
+                                               EXPECT_EQ(contentOf(folder / "a"), "new");
+                                             }});
+  EXPECT_EQ(strikes.at(FileCall::sync), 6) << "the file and the folder, with three errors each";
+  EXPECT_EQ(strikes.at(FileCall::rename), 3);
+}
+
 TEST(FaultyRead, IsReportedWhateverFails) {
   const TemporaryFolder folder;
   const std::string content(300, 'c');
