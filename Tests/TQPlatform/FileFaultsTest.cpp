@@ -167,6 +167,20 @@ TEST(FaultyWriteWithAMode, IsCreatedWithThatModeBeforeItsFirstByte) {
   EXPECT_EQ(modes, std::vector{fs::perms(0600)});
 }
 
+TEST_P(FaultyWrite, ReportsEveryFailureThatMatters) {
+  const std::vector<std::pair<FileCall, int>> calls{
+      {FileCall::inspect, 0},   {FileCall::open, 0},   {FileCall::open, 1},
+      {FileCall::duplicate, 0}, {FileCall::write, 0},  {FileCall::sync, 0},
+      {FileCall::close, 0},     {FileCall::rename, 0}, {FileCall::sync, 1}};
+  for (const auto& [failing, at] : calls) {
+    prepare();
+    const FileFaults faults(folder.path(), [failing = failing, at = at](FileCall call, int index) {
+      return call == failing && index == at ? FileFate{.error = EIO} : FileFate();
+    });
+    EXPECT_THROW(write(), SystemError) << nameOf(failing) << " " << at;
+  }
+}
+
 TEST(FaultyWriteTwice, ReportsTheFirstFailureAndWhatItLeavesIsRemovedAtTheNextStart) {
   const TemporaryFolder folder;
   folder.write("a", "old");
