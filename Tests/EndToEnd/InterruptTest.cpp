@@ -16,6 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
+using testing::StartsWith;
 
 /// A user with a clip that takes as long as the test wants: a named pipe, from which the tool that looks at it first
 /// reads until the test closes it.
@@ -106,6 +107,40 @@ TEST_F(Interrupt, WhatWasDoneBeforeStays) {
   EXPECT_THAT(outcome.output, HasSubstr(doneLines(user.clips() / "a.mp4")));
   EXPECT_THAT(outcome.output, HasSubstr("1 of 2 clips described, 1 cancelled\n"));
   EXPECT_EQ(readDescription(user.clips() / "a.description.json").source.filename, "a.mp4");
+}
+
+TEST(KilledRun, GoesOnWhereItWasWhenItIsStartedAgain) {
+  constexpr int clipCount = 40;
+  constexpr int kills = 8;
+  User user;
+  const std::filesystem::path original = user.addClip("clips/100.mp4");
+  for (int number = 101; number < 100 + clipCount; ++number)
+    std::filesystem::create_hard_link(original, original.parent_path() / (std::to_string(number) + ".mp4"));
+  const auto describedCount = [&] {
+    int count = 0;
+    for (const std::string& name : namesIn(original.parent_path())) {
+      if (!name.ends_with(".json")) continue;
+      readDescription(original.parent_path() / name);  // throws when it is not whole
+      ++count;
+    }
+    return count;
+  };
+
+  for (int kill = 1; kill <= kills; ++kill) {
+    RunningProgram program({"--provider", "mock", "--jobs", "3", "clips"}, user.surroundings);
+    program.waitForOutput("started    " + std::to_string(100 + kill * clipCount / (kills + 1)));
+    program.signal(SIGKILL);
+    EXPECT_EQ(program.finish().status, 128 + SIGKILL);
+  }
+  const int before = describedCount();
+  EXPECT_GT(before, 0);
+  const Outcome last = user.describe({"clips"});
+  EXPECT_EQ(last.status, 0);
+  EXPECT_THAT(last.output, StartsWith(std::to_string(before) + " clips are up to date and left alone"));
+  const std::string rest = std::to_string(clipCount - before);
+  EXPECT_THAT(last.output, HasSubstr("\n" + rest + " of " + rest + " clips described\n"));
+  EXPECT_EQ(describedCount(), clipCount);
+  EXPECT_EQ(namesIn(original.parent_path()).size(), 4U * clipCount) << "nothing is left over";
 }
 
 TEST(Watching, GoesOnWithWhatComesInUntilItIsInterrupted) {

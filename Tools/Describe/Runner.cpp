@@ -85,7 +85,7 @@ void Runner::noteInterrupt() {
 
 void Runner::take(const Worklist& work) {
   if (work.upToDate > 0) display_.say(upToDateText(work));
-  if (wasInterrupted_) return;
+  if (wasInterrupted_ || work.clips.empty()) return;
   display_.expect(queue_->jobs().size() + work.clips.size());
   queue_->enqueueClips(work.clips);
 }

@@ -94,21 +94,26 @@ Strikes failEveryCall(const FaultTrial& trial) {
   return all;
 }
 
+bool survives(const std::filesystem::path& folder, int fatalCall, const std::function<void()>& operation) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    int calls = 0;
+    const FileFaults faults(folder, [&](FileCall, int) { return FileFate{.kills = calls++ == fatalCall}; });
+    errorOf(operation);
+    ::_exit(0);
+  }
+  int status = 0;
+  if (child < 0 || ::waitpid(child, &status, 0) != child) throw std::runtime_error("no process to kill");
+  return !WIFSIGNALED(status);
+}
+
 int killAtEveryCall(const FaultTrial& trial) {
   for (int fatal = 0; fatal < mostCalls; ++fatal) {
     SCOPED_TRACE("killed at call " + std::to_string(fatal));
     undisturbed(trial, trial.prepare);
-    const pid_t child = ::fork();
-    if (child == 0) {
-      int calls = 0;
-      const FileFaults faults(trial.folder, [&](FileCall, int) { return FileFate{.kills = calls++ == fatal}; });
-      errorOf(trial.attempt);
-      ::_exit(0);
-    }
-    int status = 0;
-    if (child < 0 || ::waitpid(child, &status, 0) != child) throw std::runtime_error("no process to kill");
+    const bool survived = survives(trial.folder, fatal, trial.attempt);
     undisturbed(trial, [&] { trial.check(std::nullopt); });
-    if (!WIFSIGNALED(status)) return fatal;
+    if (survived) return fatal;
   }
   return mostCalls;
 }

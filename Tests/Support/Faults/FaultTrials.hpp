@@ -30,6 +30,10 @@ using Strikes = std::map<FileCall, int>;
 /// time; these must not throw either. Gives what was struck.
 Strikes failEveryCall(const FaultTrial& trial);
 
+/// Runs the operation in a process of its own, which is killed instead of the call of that number, counting all kinds
+/// from 0. True when the process lived to the end of the operation. What it throws does not matter.
+bool survives(const std::filesystem::path& folder, int fatalCall, const std::function<void()>& operation);
+
 /// Does the trial again and again in processes of their own, which are killed instead of their first call, their second
 /// and so on, until one lives to the end. `check` is done here and gets no error. Gives the number of those killed.
 int killAtEveryCall(const FaultTrial& trial);
