@@ -1,6 +1,7 @@
 #include "TQFrames/FFmpegBridge.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <utility>
@@ -11,6 +12,8 @@
 #include "TQPlatform/Clock.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/JSON.hpp"
+#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/MediaContainer.hpp"
 #include "TQPlatform/NumberText.hpp"
 #include "TQPlatform/SystemError.hpp"
 
@@ -34,6 +37,29 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
 /// Every tool's failure but a missing one is this error.
 TQError failure(const std::string& text) {
   return TQError::frameExtractionFailed(text);
+}
+
+/// What holds all its pictures or sounds itself, by libavformat's names: a clip may have the extension of another kind.
+/// What these tools take for something else, a playlist above all, would lead them to other files.
+constexpr std::array<std::string_view, 23> selfContained{"matroska,webm", "avi",  "mxf",  "mov,mp4,m4a,3gp,3g2,mj2",
+                                                         "mpegts",        "mpeg", "asf",  "flv",
+                                                         "ogg",           "dv",   "gif",  "nut",
+                                                         "h264",          "hevc", "m4v",  "mpegvideo",
+                                                         "ivf",           "mp3",  "flac", "wav",
+                                                         "aac",           "aiff", "caf"};
+
+/// Refuses what is no file and what is no clip of its own. All other faults of a file are left to the tools to report.
+void requireOwnClip(const fs::path& url) {
+  std::optional<std::string> container;
+  try {
+    container = containerOf(url);
+  } catch (const SystemError&) {
+    return;
+  } catch (const MediaError& error) {
+    throw failure(url.filename().string() + ": " + error.what());
+  }
+  if (container && std::ranges::find(selfContained, *container) == selfContained.end())
+    throw failure(url.filename().string() + " is no clip but a file of another kind (" + *container + ")");
 }
 
 /// A JSON object that misses or mistypes a key answers with null for it.
@@ -143,6 +169,7 @@ ToolOutput FFmpegBridge::runProcess(const fs::path& program, const std::vector<s
 }
 
 VideoMetadata FFmpegBridge::probe(const fs::path& url) const {
+  requireOwnClip(url);
   const ToolOutput answer = runProcess(
       ffprobeURL, {"-v", "error", "-print_format", "json", "-show_streams", "-show_format", toolArgument(url)});
   if (answer.status != 0) throw failure("ffprobe exit status " + std::to_string(answer.status));
@@ -150,6 +177,7 @@ VideoMetadata FFmpegBridge::probe(const fs::path& url) const {
 }
 
 Image FFmpegBridge::extractFrame(double seconds, const fs::path& url) const {
+  requireOwnClip(url);
   const std::string time = fixedText(std::max(0.0, seconds), 3);
   const ToolOutput answer = runFFmpeg({"-v", "error", "-ss", time, "-i", toolArgument(url), "-frames:v", "1", "-f",
                                        "image2pipe", "-vcodec", "mjpeg", "-q:v", "2", "-"});

@@ -58,7 +58,9 @@ class FFmpegBridge {
 
   ToolOutput runFFmpeg(const std::vector<std::string>& args) const { return runProcess(ffmpegURL, args); }
 
-  /// What `ffprobe` tells about a clip. Throws `JSONError` as well, when its answer is no JSON.
+  /// What `ffprobe` tells about a clip. This and `extractFrame` refuse what is no regular file, or a list of other
+  /// files or addresses whatever its name, without running a tool. Throws `JSONError` as well, when its answer is no
+  /// JSON.
   VideoMetadata probe(const std::filesystem::path& url) const;
 
   /// One picture at `seconds` from the start; negative counts as 0.

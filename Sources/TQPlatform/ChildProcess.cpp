@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -97,6 +98,12 @@ pid_t spawn(const fs::path& program, const std::vector<std::string>& arguments, 
   return pid;
 }
 
+/// A child that has ended by now needs no limit.
+void limitMemory(pid_t pid, std::size_t bytes) {
+  const rlimit limit{bytes, bytes};
+  ::prlimit(pid, RLIMIT_DATA, &limit, nullptr);
+}
+
 /// The leader of a process group. It is reaped only at the very end: as long as its entry stands, its number cannot be
 /// given to another process, so a signal to the group never hits a stranger.
 class Child {
@@ -151,6 +158,7 @@ class Run {
         deadline_(after(limits.time)),
         ending_(::pidfd_open(child_.pid(), 0)) {
     if (!ending_) throwErrno(program);
+    limitMemory(child_.pid(), limits.memoryBytes);
     outputPipe_.writeEnd.reset();
     errorPipe_.writeEnd.reset();
   }

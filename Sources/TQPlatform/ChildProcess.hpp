@@ -18,9 +18,12 @@ struct ChildResult {
 
 /// What a child may use before it is stopped.
 struct ChildLimits {
-  std::chrono::duration<double> time;                        ///< wall clock, from the launch
-  std::chrono::duration<double> grace{3.0};                  ///< between SIGTERM and SIGKILL
-  std::size_t outputBytes = std::size_t{256} * 1024 * 1024;  ///< more standard output than this ends it like a time-out
+  std::chrono::duration<double> time;                ///< wall clock, from the launch
+  std::chrono::duration<double> grace{3.0};          ///< between SIGTERM and SIGKILL
+  std::size_t outputBytes = std::size_t{256} << 20;  ///< more standard output than this ends it like a time-out
+  /// Private memory of each of its processes; what asks for more is told that there is none. Sixteen threads that
+  /// decode 8K with ten bits take half of it.
+  std::size_t memoryBytes = std::size_t{8} << 30;
 };
 
 /// Runs a program to its end and collects its standard output; its standard error is read and thrown away, its standard

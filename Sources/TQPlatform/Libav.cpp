@@ -5,6 +5,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/log.h>
 #include <libswscale/swscale.h>
 }
 
@@ -35,6 +36,11 @@ Owned<T> orBadAlloc(T* object) {
 }
 
 }  // namespace
+
+void prepareLibrary() {
+  static const bool prepared = (av_log_set_level(AV_LOG_QUIET), av_max_alloc(largestBlock), true);
+  static_cast<void>(prepared);
+}
 
 Owned<AVFrame> makeFrame() {
   return orBadAlloc(av_frame_alloc());

@@ -32,6 +32,10 @@ inline constexpr std::int64_t largestPicture = std::int64_t{1} << 27;
 /// borders.
 inline constexpr std::size_t largestBlock = std::size_t{320} << 20;
 
+/// What libav keeps once for the whole process; to be called before anything else of it. A hostile file makes it talk
+/// to standard error without end, and sizes that stand in tables make it allocate before anything is read.
+void prepareLibrary();
+
 /// An empty frame or packet. Throws `std::bad_alloc`.
 Owned<AVFrame> makeFrame();
 Owned<AVPacket> makePacket();

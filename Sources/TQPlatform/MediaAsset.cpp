@@ -14,7 +14,6 @@
 
 extern "C" {
 #include <libavformat/avformat.h>
-#include <libavutil/log.h>
 }
 
 namespace tq {
@@ -28,13 +27,6 @@ struct Dictionary {
   ~Dictionary() { av_dict_free(&entries); }
   void set(const char* key, const char* value) { av_dict_set(&entries, key, value, 0); }
 };
-
-/// What libav keeps once for the whole process. A hostile file makes it talk to standard error without end, and sizes
-/// that stand in tables make it allocate before anything is read.
-void prepareLibrary() {
-  static const bool prepared = (av_log_set_level(AV_LOG_QUIET), av_max_alloc(libav::largestBlock), true);
-  static_cast<void>(prepared);
-}
 
 int workIsOver(void* watch) {
   return static_cast<const libav::Watch*>(watch)->isOver();
@@ -142,8 +134,9 @@ MediaTrack trackOf(const AVStream& stream) {
 
 MediaAsset::MediaAsset(const fs::path& file, std::stop_token stop, const MediaLimits& limits)
     : state_(std::make_unique<State>(file, limits)) {
-  prepareLibrary();
+  libav::prepareLibrary();
   const libav::Watch::Scope scope(state_->watch, std::move(stop), limits.opening);
+  if (state_->file.reader().size() == 0) throw MediaError("the file is empty");
   state_->format = openFormat(*state_, file);
   AVFormatContext& format = *state_->format;
   if (!tablesSuffice(format)) lookAtStreams(format);

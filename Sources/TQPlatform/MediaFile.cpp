@@ -47,7 +47,6 @@ void Watch::check() const {
 }
 
 MediaFile::MediaFile(const fs::path& file, const Watch& watch) : watch_(watch), reader_(requireRegularFile(file)) {
-  if (reader_.sizeNow() == 0) throw MediaError("the file is empty");
   auto* buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
   if (!buffer) throw std::bad_alloc();
   context_ = avio_alloc_context(buffer, bufferSize, 0, this, read, nullptr, seek);

@@ -43,8 +43,8 @@ class Watch {
 /// to. Its length may change meanwhile. Never moves, because libavformat keeps its address.
 class MediaFile {
  public:
-  /// Throws `SystemError` when the file cannot be opened and `MediaError` when it is empty or no regular file; such a
-  /// one is never waited for. `watch` ends every read and must outlive this.
+  /// Throws `SystemError` when the file cannot be opened and `MediaError` when it is no regular file; such a one is
+  /// never waited for. `watch` ends every read and must outlive this.
   MediaFile(const std::filesystem::path& file, const Watch& watch);
   ~MediaFile();
   MediaFile(const MediaFile&) = delete;

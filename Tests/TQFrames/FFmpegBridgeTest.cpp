@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "Support/EnvironmentVariable.hpp"
 #include "Support/FakeTool.hpp"
+#include "Support/FileOpenings.hpp"
+#include "Support/ListeningPort.hpp"
+#include "Support/Playlists.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
@@ -385,6 +389,77 @@ TEST_F(RealTools, ATimeBeyondTheEndIsAFailure) {
 TEST_F(RealTools, AFileThatIsNoClipIsAFailure) {
   const fs::path text = folder.write("text.mkv", "no clip at all");
   EXPECT_EQ(failureOf([&] { bridge.probe(text); }), "ffprobe exit status 1");
+}
+
+TEST_F(RealTools, ASoundOnlyFileUnderAnotherNameHasNoVideoStream) {
+  const fs::path sound = folder / "sound.mkv";
+  ASSERT_EQ(bridge.runFFmpeg({"-v", "error", "-f", "lavfi", "-i", "sine=d=0.1", "-f", "wav", sound.string()}).status,
+            0);
+  EXPECT_EQ(failureOf([&] { bridge.probe(sound); }), "no video stream in sound.mkv");
+}
+
+TEST_F(RealTools, AClipMayHaveTheNameOfAnotherContainer) {
+  for (const char* container : {"mp4", "mpegts"}) {
+    const fs::path other = folder / (std::string(container) + ".webm");
+    ASSERT_EQ(bridge.runFFmpeg({"-v", "error", "-i", clip.string(), "-c:v", "libx264", "-f", container, other.string()})
+                  .status,
+              0);
+    EXPECT_EQ(bridge.probe(other).width, 96) << container;
+    EXPECT_EQ(bridge.extractFrame(1, other).width(), 96) << container;
+  }
+}
+
+TEST_F(RealTools, NamesThatMeanSomethingToTheToolsArePlainFiles) {
+  const fs::path before = fs::current_path();
+  fs::current_path(folder.path());
+  for (const char* name :
+       {"-i.mkv", "--help.mkv", "concat:a|b.mkv", "http:x.mkv", "file:x.mkv", "subfile,,start,0,end,0,,:x.mkv",
+        "data:,x.mkv", "a|b.mkv", "%d.mkv", "%03d.mkv", "%%.mkv", "quote'\".mkv", "line\nbreak.mkv", "pipe:0.mkv",
+        "*.mkv", "a?b#c.mkv", "\xFF.mkv", "crypto:x.mkv", "-.mkv"}) {
+    fs::copy_file(clip, name);
+    EXPECT_EQ(bridge.probe(name).width, 96) << name;
+  }
+  for (const char* name : {"-i.mkv", "%03d.mkv", "data:,x.mkv"})
+    EXPECT_EQ(bridge.extractFrame(0, name).width(), 96) << name;
+  fs::current_path(before);
+}
+
+TEST_F(RealTools, PlaylistsReachNeitherFilesNorAddresses) {
+  const FileOpenings openings(clip);
+  const ListeningPort port;
+  int refused = 0;
+  for (const std::string& target : {clip.string(), clip.filename().string(), "http://" + port.address() + "/clip.ts"})
+    for (const auto& [name, text] : playlistsTo(target)) {
+      const fs::path list = folder.write("list.mkv", text);
+      const std::string failure = failureOf([&] { bridge.probe(list); });
+      EXPECT_NE(failure, "") << name;
+      const bool known = failure.starts_with("list.mkv is no clip but a file of another kind (");
+      if (!known) continue;
+      EXPECT_EQ(failureOf([&] { bridge.extractFrame(0, list); }), failure) << name;
+      ++refused;
+    }
+  EXPECT_GE(refused, 15) << "kinds that the tools would have followed";
+  EXPECT_FALSE(openings.any());
+  EXPECT_FALSE(port.anybodyCame());
+}
+
+TEST_F(RealTools, APlaylistIsRefusedUnderEveryExtension) {
+  for (const char* name : {"list.mkv", "list.webm", "list.avi", "list.mxf", "list.MKV"})
+    EXPECT_EQ(failureOf([&] { bridge.probe(folder.write(name, "#EXTM3U\n#EXT-X-TARGETDURATION:1\n")); }),
+              std::string(name) + " is no clip but a file of another kind (hls)");
+}
+
+TEST_F(RealTools, WhatIsNoFileIsRefusedAtOnce) {
+  const fs::path pipe = folder / "pipe.mkv";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  fs::create_symlink("/dev/zero", folder / "device.mkv");
+  EXPECT_EQ(failureOf([&] { bridge.probe(pipe); }), "pipe.mkv: it is not a regular file");
+  EXPECT_EQ(failureOf([&] { bridge.extractFrame(0, pipe); }), "pipe.mkv: it is not a regular file");
+  EXPECT_EQ(failureOf([&] { bridge.probe(folder / "device.mkv"); }), "device.mkv: it is not a regular file");
+}
+
+TEST_F(RealTools, AFileThatIsGoneIsLeftToTheToolToReport) {
+  EXPECT_EQ(failureOf([&] { bridge.probe(folder / "gone.mkv"); }), "ffprobe exit status 1");
 }
 
 }  // namespace

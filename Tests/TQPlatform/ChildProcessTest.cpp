@@ -205,6 +205,17 @@ TEST(RunChild, ExactlyTheAllowedOutputIsFine) {
   EXPECT_EQ(result.output.size(), 1000u);
 }
 
+TEST(RunChild, ItsMemoryIsLimited) {
+  const auto size = [](const char* limit) {
+    return "until grep -q 'Max data size *" + std::string(limit) + " ' /proc/self/limits; do :; done\n";
+  };
+  const std::string allocate = "dd if=/dev/zero of=/dev/null bs=64M count=1 2>/dev/null";
+  ChildLimits limits = plenty;
+  EXPECT_EQ(runScript(size("8589934592") + allocate, limits).status, 0);
+  limits.memoryBytes = std::size_t{32} << 20;
+  EXPECT_EQ(runScript(size("33554432") + allocate, limits).status, 1);
+}
+
 TEST(RunChild, NoTimeLimitIsALimitToo) {
   const ChildResult result = runScript("echo x", {.time = Seconds(std::numeric_limits<double>::infinity())});
   EXPECT_EQ(textOf(result.output), "x\n");
