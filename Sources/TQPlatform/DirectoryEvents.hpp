@@ -33,8 +33,8 @@ class DirectoryEvents {
   /// lie there, whose predecessor is then watched no more. False when it is no folder or cannot be watched.
   bool watch(const std::filesystem::path& folder);
 
-  /// Blocks until something has happened since the last wait; a burst comes as one. A stop request ends the wait with
-  /// `Cancelled`.
+  /// Blocks until something has happened since the last wait. What has happened by then comes as one, up to some
+  /// hundred events; a longer burst takes several waits. A stop request ends the wait with `Cancelled`.
   DirectoryChanges wait(std::stop_token stop);
 
  private:

@@ -4,7 +4,7 @@
 #include <mutex>
 
 #include "Support/Gate.hpp"
-#include "Support/NoFolderEvents.hpp"
+#include "Support/FolderEventFaults.hpp"
 #include "Support/NoMoreThreads.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/WatchedThread.hpp"

@@ -2,7 +2,8 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-#include "Support/NoFolderEvents.hpp"
+#include "Support/FolderEventFaults.hpp"
+#include "Support/OrdinaryUser.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/WatchedThread.hpp"
 #include "TQPlatform/Cancelled.hpp"
@@ -34,6 +35,14 @@ class DirectoryEventsTest : public testing::Test {
     }
     all.folders.erase(sentinel_.path());
     return all;
+  }
+
+  /// Makes so many events in the folder.
+  void changeAttributes(std::size_t count) {
+    const auto one = root_.write("folder/one.mov", "");
+    const auto two = root_.write("folder/two.mov", "");
+    for (std::size_t i = 0; i < count; ++i)  // in turns, since equal events in a row count once
+      fs::permissions(i % 2 ? one : two, fs::perms::owner_read);
   }
 
   DirectoryChanges in(std::set<fs::path> folders) const { return {.folders = std::move(folders), .overflowed = false}; }
@@ -153,14 +162,10 @@ TEST_F(DirectoryEventsTest, TwoPathsToOneFolderAreBothNamedAndLetGoOneByOne) {
 
 TEST_F(DirectoryEventsTest, LostEventsAreTold) {
   ASSERT_TRUE(events_.watch(folder_));
-  const auto one = root_.write("folder/one.mov", "");
-  const auto two = root_.write("folder/two.mov", "");
   std::size_t limit = 0;
   std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit;
   ASSERT_GT(limit, 0u);
-  // In turns, since equal events in a row count once.
-  for (std::size_t i = 0; i <= limit; ++i)
-    fs::permissions(i % 2 ? one : two, fs::perms::owner_read);
+  changeAttributes(limit + 1);
   DirectoryChanges all;
   while (!all.overflowed)
     all = events_.wait({});
@@ -193,6 +198,52 @@ TEST_F(DirectoryEventsTest, AStopEndsTheWaitAndTheNextWaitIsWhole) {
   root_.write("folder/clip.mov", "");
   next.join();
   EXPECT_EQ(told, in({folder_}));
+}
+
+TEST(DirectoryEventsOfAScript, AnUnmountIsToldAndTheFolderMayBeWatchedAgain) {
+  test::ScriptedFolderEvents system;
+  DirectoryEvents events;
+  const DirectoryChanges inFolder{.folders = {"/mounted"}, .overflowed = false};
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(events.watch("/mounted"));
+    system.unmount("/mounted");
+    EXPECT_EQ(events.wait({}), inFolder);
+  }
+}
+
+TEST(DirectoryEventsOfAScript, LostEventsAreToldWithoutAFolder) {
+  test::ScriptedFolderEvents system;
+  DirectoryEvents events;
+  ASSERT_TRUE(events.watch("/folder"));
+  system.overflow();
+  EXPECT_EQ(events.wait({}), (DirectoryChanges{.folders = {}, .overflowed = true}));
+}
+
+TEST_F(DirectoryEventsTest, NoFurtherFolderIsWatchedBeyondTheLimitAndThoseBeforeStay) {
+  ASSERT_TRUE(events_.watch(folder_));
+  const TemporaryFolder other;
+  {
+    const test::NoMoreFolderWatches limit;
+    EXPECT_FALSE(events_.watch(other.path()));
+  }
+  root_.write("folder/clip.mov", "");
+  EXPECT_EQ(changes(), in({folder_}));
+  EXPECT_TRUE(events_.watch(other.path()));
+}
+
+TEST_F(DirectoryEventsTest, AFolderThatMayNotBeReadCannotBeWatchedUntilItMay) {
+  const test::OrdinaryUser user;
+  fs::permissions(folder_, fs::perms::owner_write | fs::perms::owner_exec);
+  EXPECT_FALSE(events_.watch(folder_));
+  fs::permissions(folder_, fs::perms::owner_all);
+  EXPECT_TRUE(events_.watch(folder_));
+}
+
+TEST_F(DirectoryEventsTest, ThousandsOfEventsAtOnceAreAllTaken) {
+  ASSERT_TRUE(events_.watch(folder_));
+  changeAttributes(5000);
+  EXPECT_EQ(changes(), in({folder_}));
+  EXPECT_EQ(changes(), in({}));
 }
 
 TEST_F(DirectoryEventsTest, TheSystemsRefusalIsThrown) {
