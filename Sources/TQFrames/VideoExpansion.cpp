@@ -4,8 +4,11 @@
 #include <set>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "TQCore/VideoExtensions.hpp"
+#include "TQPlatform/FolderReader.hpp"
+#include "TQPlatform/SystemError.hpp"
 
 namespace tq {
 
@@ -13,37 +16,50 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool isHidden(const fs::path& path) {
-  return path.filename().native().starts_with('.');
+/// `url` as an absolute path. Its detours such as "a/.." are left out, unless a link among them leads elsewhere.
+fs::path standardised(const fs::path& url) {
+  std::error_code error;
+  fs::path absolute = fs::absolute(url, error);
+  fs::path direct = absolute.lexically_normal();
+  return fs::equivalent(absolute, direct, error) ? direct : absolute;
 }
 
-/// True when `path`, with every link in it resolved, lies in `root`, which is resolved already.
-bool liesBelow(const fs::path& root, const fs::path& path) {
+/// True when `folder`, with every link in it resolved, is `root` or lies in it; `root` is resolved already.
+bool liesWithin(const fs::path& root, const fs::path& folder) {
   std::error_code error;
-  const fs::path resolved = fs::canonical(path, error);
+  const fs::path resolved = fs::canonical(folder, error);
   if (error) return false;
-  const auto difference = std::mismatch(root.begin(), root.end(), resolved.begin(), resolved.end());
-  return difference.first == root.end();
+  return std::ranges::mismatch(root, resolved).in1 == root.end();
+}
+
+/// Takes the clips directly in `folder`, and its sub-folders, as far as they can be read.
+void walk(const fs::path& folder, std::vector<fs::path>& clips, std::vector<fs::path>& folders) {
+  try {
+    FolderReader reader(folder);
+    while (const auto entry = reader.next()) {
+      if (entry->name.starts_with('.')) continue;
+      auto kind = entry->kind;
+      if (!kind)
+        if (const auto state = reader.look()) kind = state->kind;
+      if (kind == FileKind::folder) folders.push_back(folder / entry->name);
+      if (kind == FileKind::regular && VideoExtensions::isVideo(entry->name)) clips.push_back(folder / entry->name);
+    }
+  } catch (const SystemError&) {
+    // The rest of this folder cannot be read; the others can.
+  }
 }
 
 std::vector<fs::path> clipsBelow(const fs::path& folder) {
   std::error_code error;
   const fs::path root = fs::canonical(folder, error);
-  if (error) return {};
   std::vector<fs::path> clips;
-  auto entry = fs::recursive_directory_iterator(root, fs::directory_options::skip_permission_denied, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    if (isHidden(entry->path())) {
-      entry.disable_recursion_pending();
-      continue;
-    }
-    std::error_code unreadable;
-    if (!VideoExtensions::isVideo(entry->path())) continue;
-    if (entry->symlink_status(unreadable).type() != fs::file_type::regular) continue;
-    if (liesBelow(root, entry->path())) clips.push_back(entry->path());
+  std::vector<fs::path> folders{root};
+  while (!folders.empty()) {
+    const fs::path next = std::exchange(folders.back(), {});
+    folders.pop_back();
+    if (liesWithin(root, next)) walk(next, clips, folders);
   }
-  std::sort(clips.begin(), clips.end(),
-            [](const fs::path& left, const fs::path& right) { return left.native() < right.native(); });
+  std::ranges::sort(clips, {}, &fs::path::native);
   return clips;
 }
 
@@ -56,13 +72,13 @@ std::vector<fs::path> expandToVideos(const std::vector<fs::path>& urls) {
     if (known.insert(clip.native()).second) clips.push_back(clip);
   };
   for (const fs::path& url : urls) {
-    std::error_code error;
-    const fs::path standard = fs::absolute(url, error).lexically_normal();
-    const fs::file_status status = fs::status(standard, error);
-    if (status.type() == fs::file_type::directory) {
+    const fs::path standard = standardised(url);
+    const auto state = fileState(standard);
+    if (!state) continue;
+    if (state->kind == FileKind::folder) {
       for (const fs::path& clip : clipsBelow(standard))
         add(clip);
-    } else if (fs::exists(status) && VideoExtensions::isVideo(standard)) {
+    } else if (VideoExtensions::isVideo(standard)) {
       add(standard);
     }
   }

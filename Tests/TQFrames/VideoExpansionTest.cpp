@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include "Support/FolderListings.hpp"
+#include "Support/OrdinaryUser.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQFrames/VideoExpansion.hpp"
 
@@ -57,6 +60,69 @@ TEST(ExpandToVideos, ListsAClipOnceWhateverItsSpelling) {
   EXPECT_EQ(expandToVideos({folder.path() / "a" / ".." / "a" / "clip.mov", clip, folder.path()}), Paths{clip});
 }
 
+TEST(ExpandToVideos, ADetourThroughALinkLeadsWhereTheSystemFollowsIt) {
+  const TemporaryFolder folder, outside;
+  const auto beyond = outside.write("clip.mov", "");
+  fs::create_directory(outside / "sub");
+  fs::create_directory_symlink(outside / "sub", folder / "link");
+  const fs::path detour = folder.path() / "link" / ".." / "clip.mov";
+  EXPECT_EQ(expandToVideos({detour}), Paths{detour});
+  EXPECT_EQ(expandToVideos({detour.parent_path()}), Paths{beyond});
+}
+
+TEST(ExpandToVideos, WhatCannotBeReadIsSkippedAlone) {
+  const test::OrdinaryUser user;
+  const TemporaryFolder folder;
+  folder.write("b/locked.mov", "");
+  const Paths clips{folder.write("a.mov", ""), folder.write("a/clip.mov", ""), folder.write("c/clip.mov", "")};
+  fs::permissions(folder / "b", fs::perms::none);
+  EXPECT_EQ(expandToVideos({folder / "b", folder.path()}), clips);
+}
+
+TEST(ExpandToVideos, AListingThatBreaksOffLeavesTheOtherFoldersAlone) {
+  const TemporaryFolder folder;
+  folder.write("b/lost.mov", "");
+  const Paths clips{folder.write("a/clip.mov", ""), folder.write("c/clip.mov", "")};
+  test::FolderListings listings(folder / "b");
+  listings.setBroken(true);
+  EXPECT_EQ(expandToVideos({folder.path()}), clips);
+}
+
+TEST(ExpandToVideos, WhereAListingDoesNotTellKindsTheFilesAreAsked) {
+  const TemporaryFolder folder;
+  const Paths clips{folder.write("a.mov", ""), folder.write("sub/clip.mov", "")};
+  fs::create_symlink(clips[0], folder / "link.mov");
+  test::FolderListings listings(folder.path());
+  listings.hideKinds();
+  EXPECT_EQ(expandToVideos({folder.path()}), clips);
+}
+
+TEST(ExpandToVideos, PipesAndSocketsInAFolderAreNoClips) {
+  const TemporaryFolder folder;
+  ASSERT_EQ(::mkfifo((folder / "pipe.mp4").c_str(), 0600), 0);
+  ASSERT_EQ(::mknod((folder / "socket.mp4").c_str(), S_IFSOCK | 0600, 0), 0);
+  EXPECT_EQ(expandToVideos({folder.path()}), Paths{});
+}
+
+TEST(ExpandToVideos, AHiddenClipThatIsNamedIsTakenAndSoIsAHiddenFolder) {
+  const TemporaryFolder folder;
+  const auto clip = folder.write(".hidden.mov", "");
+  const auto inside = folder.write(".cache/clip.mov", "");
+  EXPECT_EQ(expandToVideos({clip, folder / ".cache"}), (Paths{clip, inside}));
+}
+
+TEST(ExpandToVideos, AClipAndItsFolderGiveItOnceAtItsFirstPlace) {
+  const TemporaryFolder folder;
+  const auto a = folder.write("a.mov", ""), b = folder.write("b.mov", "");
+  EXPECT_EQ(expandToVideos({b, folder.path(), a}), (Paths{b, a}));
+}
+
+TEST(ExpandToVideos, CapitalsSortBeforeSmallLetters) {
+  const TemporaryFolder folder;
+  const auto lower = folder.write("a/a.mov", ""), upper = folder.write("a/B.mov", "");
+  EXPECT_EQ(expandToVideos({folder.path()}), (Paths{upper, lower}));
+}
+
 TEST(ExpandToVideos, AFolderNamedLikeAClipIsAFolder) {
   const TemporaryFolder folder;
   const auto inside = folder.write("shoot.mov/one.mov", "");
@@ -64,10 +130,10 @@ TEST(ExpandToVideos, AFolderNamedLikeAClipIsAFolder) {
   EXPECT_EQ(expandToVideos({folder / "shoot.mov"}), Paths{inside});
 }
 
-TEST(ExpandToVideos, NamesWithLineBreaksAndEmojiPassUnchanged) {
+TEST(ExpandToVideos, NamesOfAnyBytesPassUnchanged) {
   const TemporaryFolder folder;
-  const auto odd = folder.write("-take\n1 \xF0\x9F\x8E\xAC.mkv", "");
-  EXPECT_EQ(expandToVideos({folder.path()}), Paths{odd});
+  const auto odd = folder.write("-take\n1 \xF0\x9F\x8E\xAC.mkv", ""), noText = folder.write("\xFF\xFE.mov", "");
+  EXPECT_EQ(expandToVideos({folder.path()}), (Paths{odd, noText}));
 }
 
 }  // namespace
