@@ -1,7 +1,10 @@
 #include "TQFrames/FolderWatcher.hpp"
 
+#include <algorithm>
 #include <chrono>
-#include <optional>
+#include <iterator>
+#include <ranges>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -14,10 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::chrono::nanoseconds nanoseconds(double seconds) {
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(Seconds(seconds));
-}
-
 std::unique_ptr<DirectoryEvents> makeSources() {
   try {
     return std::make_unique<DirectoryEvents>();
@@ -26,24 +25,23 @@ std::unique_ptr<DirectoryEvents> makeSources() {
   }
 }
 
-/// The state of one entry of a folder; absent for a hidden one and for what is no regular file or cannot be looked at.
-std::optional<WatchFolderLogic::FileEvent> eventFor(const fs::directory_entry& entry) {
-  std::error_code error;
-  const fs::path& url = entry.path();
-  if (url.filename().native().starts_with('.')) return std::nullopt;
-  if (entry.is_symlink(error) || !entry.is_regular_file(error)) return std::nullopt;
-  // The size first: should the file be written to in between, its date is then too new for it to be reported.
-  const auto size = fs::file_size(url, error);
-  if (error) return std::nullopt;
-  return WatchFolderLogic::FileEvent{.url = url,
-                                     .modified = WatchFolderLogic::modificationDate(url).value_or(Date::min()),
-                                     .size = static_cast<std::int64_t>(size)};
+void passOnEvents(DirectoryEvents& sources, RescanSchedule& schedule, const std::stop_token& stop) {
+  try {
+    for (;;) {
+      sources.wait(stop);
+      schedule.noteEvent();
+    }
+  } catch (const Cancelled&) {
+    // The watcher was stopped.
+  } catch (const SystemError&) {
+    // The timer goes on alone.
+  }
 }
 
 }  // namespace
 
-FolderWatcher::FolderWatcher(std::vector<fs::path> paths, std::vector<std::string> exclusionGlobs, double debounce,
-                             Emit emit, std::shared_ptr<const Clock> clock)
+FolderWatcher::FolderWatcher(Paths paths, std::vector<std::string> exclusionGlobs, double debounce, Emit emit,
+                             std::shared_ptr<const Clock> clock)
     : paths_(std::move(paths)),
       exclusionGlobs_(std::move(exclusionGlobs)),
       debounce_(debounce),
@@ -58,14 +56,18 @@ void FolderWatcher::start() {
   std::unique_ptr<Watch> unstarted;  // outlives the hold: its tasks may wait to enter
   const auto held = monitor_.enter();
   if (running_) return;
-  seedSnapshot();
-  running_ = std::make_unique<Watch>();
-  running_->sources = makeSources();
-  installSources();
   try {
-    running_->tasks.start([this](std::stop_token stop) { runPeriodicTimer(stop); });
-    if (auto* const sources = running_->sources.get())
-      running_->tasks.start([this, sources](std::stop_token stop) { followEvents(*sources, stop); });
+    seedSnapshot();
+  } catch (const Cancelled&) {
+    return;
+  }
+  const auto period = std::chrono::duration_cast<RescanSchedule::Duration>(Seconds(debounce_));
+  running_.reset(new Watch{.schedule{period, clock_}, .sources = makeSources(), .tasks{}});
+  installSources();
+  auto& [schedule, sources, tasks] = *running_;
+  try {
+    tasks.start([this, &schedule](std::stop_token stop) { rescanWheneverDue(schedule, stop); });
+    if (sources) tasks.start([&sources, &schedule](std::stop_token stop) { passOnEvents(*sources, schedule, stop); });
   } catch (const std::system_error&) {
     unstarted = std::move(running_);
     throw;
@@ -74,13 +76,19 @@ void FolderWatcher::start() {
 
 void FolderWatcher::stop() {
   std::unique_ptr<Watch> ended;  // outlives the hold: its tasks may wait to enter
+  ++stopping_;
   const auto held = monitor_.enter();
+  --stopping_;
   ended = std::move(running_);
 }
 
+/// Takes files of any date for reported, those of the future too: it may be the clock that is wrong, and set right
+/// later.
 void FolderWatcher::seedSnapshot() {
-  const Date late = clock_->now() + nanoseconds(debounce_ + 1.0);
-  snapshot_ = WatchFolderLogic::reduce({}, currentEvents(), late, debounce_, exclusionGlobs_).next;
+  const auto listings = currentEvents();
+  snapshot_.clear();
+  for (const Listing& listing : listings)
+    takeUp(listing, Date::max(), 0);
 }
 
 void FolderWatcher::installSources() {
@@ -89,47 +97,83 @@ void FolderWatcher::installSources() {
     running_->sources->watch(folder);
 }
 
-void FolderWatcher::runPeriodicTimer(const std::stop_token& stop) {
+void FolderWatcher::rescanWheneverDue(RescanSchedule& schedule, const std::stop_token& stop) {
   try {
     for (;;) {
-      clock_->sleep(nanoseconds(debounce_), stop);
+      schedule.waitUntilDue(stop);
       rescan();
+      schedule.noteEnd();
     }
   } catch (const Cancelled&) {
     // The watcher was stopped.
-  }
-}
-
-void FolderWatcher::followEvents(DirectoryEvents& sources, const std::stop_token& stop) {
-  try {
-    for (;;) {
-      sources.wait(stop);
-      rescan();
-    }
-  } catch (const Cancelled&) {
-    // The watcher was stopped.
-  } catch (const SystemError&) {
-    // The timer goes on alone.
   }
 }
 
 void FolderWatcher::rescan() {
   const auto held = monitor_.enter();
   if (!running_) return;
-  installSources();  // another folder may have taken the place of one
-  auto [ready, next] = WatchFolderLogic::reduce(snapshot_, currentEvents(), clock_->now(), debounce_, exclusionGlobs_);
-  snapshot_ = std::move(next);
-  for (const fs::path& url : ready)
+  installSources();                // another folder may have taken the place of one
+  const Date now = clock_->now();  // the listing may take long, and a file it has passed may be written to meanwhile
+  const auto listings = currentEvents();
+  URLs ready;
+  for (const Listing& listing : listings)
+    std::ranges::move(takeUp(listing, now, debounce_), std::back_inserter(ready));
+  for (const auto& url : ready)
     emit_(url);
 }
 
-std::vector<WatchFolderLogic::FileEvent> FolderWatcher::currentEvents() const {
+/// What is to be reported of a folder. A file counts as reported when it was under any of the folder's spellings, so
+/// that nothing comes twice when a link to the folder comes or goes.
+FolderWatcher::URLs FolderWatcher::takeUp(const Listing& listing, Date now, double debounce) {
+  URLs ready = takeUp(listing.events, now, debounce);
+  const std::size_t first = listing.spellings.front().size();
+  for (const URL& spelling : listing.spellings | std::views::drop(1)) {
+    auto events = listing.events;
+    for (FileEvent& event : events)
+      event.url.replace(0, first, spelling);
+    const URLs also = takeUp(events, now, debounce);
+    const std::set<URL> alsoReady(also.begin(), also.end());
+    std::erase_if(ready, [&](const URL& url) { return !alsoReady.contains(spelling + url.substr(first)); });
+  }
+  return ready;
+}
+
+FolderWatcher::URLs FolderWatcher::takeUp(const std::vector<FileEvent>& events, Date now, double debounce) {
+  auto [ready, next] = WatchFolderLogic::reduce(std::move(snapshot_), events, now, debounce, exclusionGlobs_);
+  snapshot_ = std::move(next);
+  return ready;
+}
+
+std::vector<FolderWatcher::Listing> FolderWatcher::currentEvents() const {
+  std::vector<Listing> listings;
+  for (const fs::path& path : paths_) {
+    try {
+      FolderReader folder(path);
+      const FileIdentity identity = folder.identity();
+      const URL spelling = path / "";
+      const auto known = std::ranges::find(listings, identity, &Listing::folder);
+      if (known == listings.end())
+        listings.push_back({.folder = identity, .spellings = {spelling}, .events = eventsIn(folder, spelling)});
+      else if (std::ranges::find(known->spellings, spelling) == known->spellings.end())
+        known->spellings.push_back(spelling);
+    } catch (const SystemError&) {
+      // A folder that cannot be listed holds nothing.
+    }
+  }
+  return listings;
+}
+
+std::vector<FolderWatcher::FileEvent> FolderWatcher::eventsIn(FolderReader& folder, const URL& spelling) const {
   std::vector<FileEvent> events;
-  for (const fs::path& folder : paths_) {
-    std::error_code error;
-    for (auto entry = fs::directory_iterator(folder, error); !error && entry != fs::directory_iterator();
-         entry.increment(error))
-      if (auto event = eventFor(*entry)) events.push_back(std::move(*event));
+  while (const auto entry = folder.next()) {
+    if (stopping_ > 0) throw Cancelled();
+    if (entry->kind.value_or(FileKind::regular) != FileKind::regular || entry->name.starts_with('.')) continue;
+    if (!WatchFolderLogic::isCandidate(entry->name, exclusionGlobs_)) continue;
+    const auto file = folder.look();
+    if (!file || file->kind != FileKind::regular) continue;
+    events.push_back({.url = spelling + std::string(entry->name),
+                      .modified = file->modified.value_or(Date::min()),
+                      .size = file->size});
   }
   return events;
 }

@@ -1,9 +1,10 @@
 #include "TQFrames/WatchFolderLogic.hpp"
 
 #include <algorithm>
-#include <system_error>
+#include <utility>
 
 #include "TQCore/VideoExtensions.hpp"
+#include "TQPlatform/FileState.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/Unicode.hpp"
 
@@ -20,34 +21,74 @@ std::string_view withoutBlankEnds(std::string_view text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-std::vector<std::string_view> charactersOf(std::string_view text) {
-  std::vector<std::string_view> characters;
-  while (!text.empty()) {
-    characters.push_back(characterPrefix(text, 1));
-    text.remove_prefix(characters.back().size());
+/// A text in lower case, character by character.
+class LowerCase {
+ public:
+  explicit LowerCase(std::string_view text) : text_(lowercased(text)) {
+    if (characterCount(text_) != text_.size()) characters_ = characters(text_);
   }
-  return characters;
+  LowerCase(const LowerCase&) = delete;
+  LowerCase& operator=(const LowerCase&) = delete;
+
+  std::size_t size() const { return characters_.empty() ? text_.size() : characters_.size(); }
+
+  std::string_view operator[](std::size_t index) const {
+    return characters_.empty() ? std::string_view(text_).substr(index, 1) : characters_[index];
+  }
+
+ private:
+  const std::string text_;
+  std::vector<std::string_view> characters_;  // in text_; empty where each byte is one, as in nearly all names
+};
+
+bool matches(const LowerCase& name, const LowerCase& pattern) {
+  std::size_t i = 0;
+  std::size_t j = 0;
+  std::optional<std::size_t> star;
+  std::size_t mark = 0;  // where the run of the latest star ends
+  while (i < name.size()) {
+    if (j < pattern.size() && (pattern[j] == "?" || pattern[j] == name[i])) {
+      ++i;
+      ++j;
+    } else if (j < pattern.size() && pattern[j] == "*") {
+      star = j++;
+      mark = i;
+    } else if (star) {
+      j = *star + 1;
+      i = ++mark;
+    } else {
+      return false;
+    }
+  }
+  while (j < pattern.size() && pattern[j] == "*")
+    ++j;
+  return j == pattern.size();
 }
 
 }  // namespace
 
-WatchFolderLogic::Reduction WatchFolderLogic::reduce(const Snapshot& previous, const std::vector<FileEvent>& current,
-                                                     Date now, double debounce,
-                                                     const std::vector<std::string>& exclusionGlobs) {
+WatchFolderLogic::Reduction WatchFolderLogic::reduce(Snapshot previous, const std::vector<FileEvent>& current, Date now,
+                                                     double debounce, const std::vector<std::string>& exclusionGlobs) {
   const Date cutoff = now - std::chrono::duration_cast<Date::duration>(Seconds(debounce));
-  Reduction result{.emit = {}, .next = previous};
+  std::vector<const FileEvent*> ready;
   for (const FileEvent& event : current) {
-    if (!VideoExtensions::isVideo(event.url)) continue;
-    if (isExcluded(event.url.filename().native(), exclusionGlobs)) continue;
     if (cutoff < event.modified) continue;
-    const auto known = previous.find(event.url);
-    const bool reported =
-        known != previous.end() && known->second.modified == event.modified && known->second.size == event.size;
-    if (reported) continue;
-    result.emit.push_back(event.url);
-    result.next.insert_or_assign(event.url, event);
+    // Nearly all files of a listing end here, so what their names tell is asked last.
+    const auto known = previous.find(event);
+    if (known != previous.end() && *known == event) continue;
+    if (isCandidate(fs::path(event.url).filename().native(), exclusionGlobs)) ready.push_back(&event);
+  }
+  Reduction result{.emit = {}, .next = std::move(previous)};
+  for (const FileEvent* event : ready) {
+    result.emit.emplace_back(event->url);
+    result.next.erase(*event);
+    result.next.insert(*event);
   }
   return result;
+}
+
+bool WatchFolderLogic::isCandidate(std::string_view name, const std::vector<std::string>& exclusionGlobs) {
+  return VideoExtensions::isVideo(name) && !isExcluded(name, exclusionGlobs);
 }
 
 bool WatchFolderLogic::shouldEnqueue(const fs::path& sourceURL, const std::optional<fs::path>& sidecarDirectory) {
@@ -60,47 +101,21 @@ bool WatchFolderLogic::shouldEnqueue(const fs::path& sourceURL, const std::optio
 }
 
 bool WatchFolderLogic::isExcluded(std::string_view name, const std::vector<std::string>& globs) {
+  if (globs.empty()) return false;
+  const LowerCase text(name);
   return std::any_of(globs.begin(), globs.end(), [&](const std::string& glob) {
     const std::string_view pattern = withoutBlankEnds(glob);
-    return !pattern.empty() && matchesGlob(name, pattern);
+    return !pattern.empty() && matches(text, LowerCase(pattern));
   });
 }
 
 bool WatchFolderLogic::matchesGlob(std::string_view name, std::string_view pattern) {
-  const std::string nameText = lowercased(name);
-  const std::string patternText = lowercased(pattern);
-  const auto characters = charactersOf(nameText);
-  const auto wanted = charactersOf(patternText);
-  std::size_t i = 0;
-  std::size_t j = 0;
-  std::optional<std::size_t> star;
-  std::size_t mark = 0;  // where the run of the latest star ends
-  while (i < characters.size()) {
-    if (j < wanted.size() && (wanted[j] == "?" || wanted[j] == characters[i])) {
-      ++i;
-      ++j;
-    } else if (j < wanted.size() && wanted[j] == "*") {
-      star = j++;
-      mark = i;
-    } else if (star) {
-      j = *star + 1;
-      i = ++mark;
-    } else {
-      return false;
-    }
-  }
-  while (j < wanted.size() && wanted[j] == "*")
-    ++j;
-  return j == wanted.size();
+  return matches(LowerCase(name), LowerCase(pattern));
 }
 
 std::optional<Date> WatchFolderLogic::modificationDate(const fs::path& url) {
-  std::error_code error;
-  const auto written = fs::last_write_time(url, error);
-  if (error) return std::nullopt;
-  // The file system's dates reach beyond those of the calendar clock.
-  if (written >= std::chrono::file_clock::from_sys(Date::max())) return Date::max();
-  return std::chrono::file_clock::to_sys(written);
+  const auto state = fileState(url);
+  return state ? state->modified : std::nullopt;
 }
 
 }  // namespace tq

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <map>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "TQPlatform/Clock.hpp"
@@ -14,30 +16,42 @@ namespace tq {
 
 /// The rules by which files in watched folders are reported and taken up. Keeps nothing and reads no clock.
 struct WatchFolderLogic {
+  /// The bytes of a file's path: parsed it would take ten times the memory, and folders may hold very many files.
+  using URL = std::string;
+
   /// The state of one file as a folder's listing shows it.
   struct FileEvent {
-    std::filesystem::path url;
+    URL url;
     Date modified;
     std::int64_t size = 0;  ///< bytes
 
     bool operator==(const FileEvent&) const = default;
   };
 
-  /// The state in which each file was last reported. A file that is gone keeps its entry.
-  using Snapshot = std::map<std::filesystem::path, FileEvent>;
+  /// Tells events apart by the URL alone.
+  struct ByURL {
+    std::size_t operator()(const FileEvent& event) const { return std::hash<URL>()(event.url); }
+    bool operator()(const FileEvent& left, const FileEvent& right) const { return left.url == right.url; }
+  };
+
+  /// The state in which each file was last reported, one entry for a URL. A file that is gone keeps its entry.
+  using Snapshot = std::unordered_set<FileEvent, ByURL, ByURL>;
 
   struct Reduction {
-    std::vector<std::filesystem::path> emit;  ///< what to report, in the order of the listing
+    std::vector<URL> emit;  ///< what to report, in the order of the listing
     Snapshot next;
 
     bool operator==(const Reduction&) const = default;
   };
 
-  /// Finds the clips of a listing that are to be reported: those not excluded, not modified within the last `debounce`
+  /// Finds the clips of a listing that are to be reported: candidates that were not modified within the last `debounce`
   /// seconds (0 to a billion) and not reported before with the same date and size. A clip that is still too new is left
   /// for a later call.
-  static Reduction reduce(const Snapshot& previous, const std::vector<FileEvent>& current, Date now, double debounce,
+  static Reduction reduce(Snapshot previous, const std::vector<FileEvent>& current, Date now, double debounce,
                           const std::vector<std::string>& exclusionGlobs);
+
+  /// What the name of a file in a folder tells already: true for a clip that is not excluded.
+  static bool isCandidate(std::string_view name, const std::vector<std::string>& exclusionGlobs);
 
   /// True for a reported clip that needs a description: it has no "<stem>.description.json" in `sidecarDirectory`, or
   /// beside it without one, or is newer than that file. False when one of the two dates is unknown.
@@ -51,8 +65,8 @@ struct WatchFolderLogic {
   /// also an empty one, and everything else for itself.
   static bool matchesGlob(std::string_view name, std::string_view pattern);
 
-  /// When the file's content last changed; a link counts as what it points to. Dates past the range of `Date` become
-  /// the last one. Absent when the file system does not tell.
+  /// When the file's content last changed; a link counts as what it points to. Absent when the file system does not
+  /// tell.
   static std::optional<Date> modificationDate(const std::filesystem::path& url);
 };
 

@@ -87,13 +87,13 @@ extern "C" dirent* readdir(DIR* listing) {
   static const auto system = original(&::readdir, "readdir");
   const auto state = currentState();
   if (!state || !state->isOpen(listing)) return system(listing);
-  state->act();
   if (state->broken) {
     errno = EIO;
     return nullptr;
   }
   dirent* const entry = system(listing);
-  if (!entry) return nullptr;
+  if (!entry || entry->d_name == std::string_view(".") || entry->d_name == std::string_view("..")) return entry;
+  state->act();
   ++state->entries;
   if (state->hidesKinds) entry->d_type = DT_UNKNOWN;
   return entry;

@@ -16,7 +16,7 @@ class FolderListings {
   FolderListings(const FolderListings&) = delete;
   FolderListings& operator=(const FolderListings&) = delete;
 
-  int entries() const;  ///< given out by all listings, "." and ".." included
+  int entries() const;  ///< given out by all listings; "." and ".." never count
   int looks() const;    ///< at entries, not at the folder itself
 
   /// Listings do not say of what kind an entry is, as on some file systems.

@@ -1,126 +1,20 @@
-#include <condition_variable>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <mutex>
+#include <sys/stat.h>
 
-#include "Support/Gate.hpp"
+#include "FolderWatcherFixture.hpp"
 #include "Support/FolderEventFaults.hpp"
+#include "Support/FolderListings.hpp"
 #include "Support/NoMoreThreads.hpp"
-#include "Support/TemporaryFolder.hpp"
 #include "Support/WatchedThread.hpp"
-#include "TQFrames/FolderWatcher.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/SystemError.hpp"
 
 namespace tq {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using test::TemporaryFolder;
-using Paths = std::vector<fs::path>;
 
-/// A clock on which a single timer sleeps until the test has it fire.
-class TimerClock final : public Clock {
- public:
-  Date now() const override {
-    std::lock_guard lock(mutex_);
-    return now_;
-  }
-  std::chrono::steady_clock::time_point steadyNow() const override { return {}; }
-
-  void sleep(std::chrono::nanoseconds duration, std::stop_token stop) const override {
-    std::unique_lock lock(mutex_);
-    lastSleep_ = duration;
-    sleeping_ = true;
-    changed_.notify_all();
-    const bool fired = changed_.wait(lock, stop, [this] { return fires_; });
-    sleeping_ = fires_ = false;
-    if (!fired) throw Cancelled();
-  }
-
-  /// Moves the time on, has the timer fire and returns when its work is done.
-  void tick(std::chrono::nanoseconds passed = 0ns) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return sleeping_; });
-    now_ += passed;
-    fires_ = true;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return sleeping_ && !fires_; });
-  }
-
-  std::chrono::nanoseconds lastSleep() const {
-    std::lock_guard lock(mutex_);
-    return lastSleep_;
-  }
-
- private:
-  mutable std::mutex mutex_;
-  mutable std::condition_variable_any changed_;
-  Date now_{1'700'000'000s};
-  mutable std::chrono::nanoseconds lastSleep_{};
-  mutable bool sleeping_ = false;
-  mutable bool fires_ = false;
-};
-
-/// What a watcher has reported.
-class Reports {
- public:
-  void add(const fs::path& url) {
-    std::lock_guard lock(mutex_);
-    urls_.push_back(url);
-    changed_.notify_all();
-  }
-
-  Paths all() {
-    std::lock_guard lock(mutex_);
-    return urls_;
-  }
-
-  /// Blocks until `count` have come, and gives those that did.
-  Paths waitFor(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return urls_.size() >= count; });
-    return urls_;
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  Paths urls_;
-};
-
-/// The timer fires in `clock_->tick()` alone: what is reported without it was set off by an event.
-class FolderWatcherTest : public testing::Test {
- protected:
-  void SetUp() override { fs::create_directory(folder_); }
-
-  FolderWatcher makeWatcher(Paths folders, std::vector<std::string> globs = {}) {
-    return FolderWatcher(
-        std::move(folders), std::move(globs), 1.5, [this](const auto& url) { reports_.add(url); }, clock_);
-  }
-
-  Date now() const { return clock_->now(); }
-
-  static void setDate(const fs::path& file, Date modified) {
-    fs::last_write_time(file, std::chrono::file_clock::from_sys(modified));
-  }
-
-  /// A clip that comes in at one stroke, with its date.
-  fs::path arrive(const fs::path& clip, Date modified) {
-    const auto staged = root_.write("staged", "clip");
-    setDate(staged, modified);
-    fs::rename(staged, clip);
-    return clip;
-  }
-  fs::path arrive(const fs::path& clip) { return arrive(clip, now() - 1h); }
-
-  const TemporaryFolder root_;
-  const fs::path folder_ = root_ / "in";
-  const std::shared_ptr<TimerClock> clock_ = std::make_shared<TimerClock>();
-  Reports reports_;
-  FolderWatcher watcher_ = makeWatcher({folder_}, {"draft*"});
-};
+/// What becomes of the files in a watched folder.
+class FolderWatcherTest : public test::FolderWatcherFixture {};
 
 TEST_F(FolderWatcherTest, FilesThatAreThereAtTheStartAreNotReported) {
   arrive(folder_ / "old.mov");
@@ -131,7 +25,17 @@ TEST_F(FolderWatcherTest, FilesThatAreThereAtTheStartAreNotReported) {
   EXPECT_EQ(reports_.all(), Paths{});
 }
 
-TEST_F(FolderWatcherTest, AClipOfAnOldDateIsReportedAsItComes) {
+TEST_F(FolderWatcherTest, FilesThatAreThereAtTheStartAreNotReportedWhenTheClockPassesTheirDate) {
+  const auto clip = arrive(folder_ / "of tomorrow.mov", now() + 24h);
+  watcher_.start();
+  clock_->tick(48h);
+  EXPECT_EQ(reports_.all(), Paths{});
+  setDate(clip, now() - 1h);
+  clock_->tick();
+  EXPECT_EQ(reports_.all(), Paths{clip});
+}
+
+TEST_F(FolderWatcherTest, AClipOfAnOldDateIsReportedAsItIsMovedIn) {
   watcher_.start();
   const auto clip = arrive(folder_ / "clip.mov");
   EXPECT_EQ(reports_.waitFor(1), Paths{clip});
@@ -139,13 +43,16 @@ TEST_F(FolderWatcherTest, AClipOfAnOldDateIsReportedAsItComes) {
   EXPECT_EQ(reports_.all(), Paths{clip});
 }
 
-TEST_F(FolderWatcherTest, AClipIsReportedOnceWhenItsLastWriteIsLongEnoughAgo) {
+TEST_F(FolderWatcherTest, AClipThatIsWrittenInPiecesIsReportedOnceADebounceAfterTheLast) {
   watcher_.start();
-  const auto clip = arrive(folder_ / "clip.mov", now());
-  clock_->tick(1s);
-  EXPECT_EQ(reports_.all(), Paths{});
-  setDate(clip, now());
-  clock_->tick(1s);
+  const fs::path clip = folder_ / "clip.mov";
+  std::ofstream file(clip);
+  for (int piece = 0; piece < 10; ++piece) {
+    file << "piece" << std::flush;
+    setDate(clip, now());
+    clock_->tick(1s);
+  }
+  file.close();
   EXPECT_EQ(reports_.all(), Paths{});
   clock_->tick(500ms);
   EXPECT_EQ(reports_.all(), Paths{clip});
@@ -159,6 +66,19 @@ TEST_F(FolderWatcherTest, ATouchedClipIsReportedAgain) {
   setDate(clip, now() - 30min);
   clock_->tick();
   EXPECT_EQ(reports_.all(), Paths{clip});
+}
+
+TEST_F(FolderWatcherTest, AClipThatIsReplacedIsReportedUnlessItsDateAndSizeAreTheSame) {
+  const auto date = now() - 1h;
+  const auto clip = arrive(folder_ / "clip.mov", date, "take 1");
+  watcher_.start();
+  arrive(clip, date, "take 2");
+  clock_->tick();
+  EXPECT_EQ(reports_.all(), Paths{});
+  arrive(clip, date - 1h, "take 3");
+  EXPECT_EQ(reports_.waitFor(1), Paths{clip});
+  arrive(clip, date - 1h, "a longer take 4");
+  EXPECT_EQ(reports_.waitFor(2), (Paths{clip, clip}));
 }
 
 TEST_F(FolderWatcherTest, AClipThatIsPutBackUnchangedIsNotReported) {
@@ -175,6 +95,42 @@ TEST_F(FolderWatcherTest, AClipThatIsPutBackUnchangedIsNotReported) {
   EXPECT_EQ(reports_.waitFor(1), Paths{clip});
 }
 
+TEST_F(FolderWatcherTest, AClipFromTheFutureIsReportedWhenItsDateHasPassed) {
+  watcher_.start();
+  const auto clip = arrive(folder_ / "clip.mov", now() + 1h);
+  clock_->tick(1h);
+  EXPECT_EQ(reports_.all(), Paths{});
+  clock_->tick(1500ms);
+  EXPECT_EQ(reports_.all(), Paths{clip});
+}
+
+TEST_F(FolderWatcherTest, AClipMustBeOldEnoughWhenAListingBegins) {
+  const test::ScriptedFolderEvents silent;
+  test::FolderListings listings(folder_);
+  FolderWatcher watcher = makeWatcher({folder_});
+  watcher.start();
+  const auto clip = arrive(folder_ / "clip.mov", now());
+  listings.beforeEach([this] { clock_->advance(1h); });
+  clock_->tick();
+  EXPECT_EQ(reports_.all(), Paths{});
+  clock_->tick();
+  EXPECT_EQ(reports_.all(), Paths{clip});
+}
+
+TEST_F(FolderWatcherTest, AClockThatIsSetBackReportsNothingAgainAndDelaysWhatItTakesForNew) {
+  watcher_.start();
+  const auto known = arrive(folder_ / "known.mov", now() - 2s);
+  EXPECT_EQ(reports_.waitFor(1), Paths{known});
+  clock_->tick(-1h);
+  const auto ahead = arrive(folder_ / "ahead.mov", now() + 1h - 2s);
+  clock_->tick();
+  EXPECT_EQ(reports_.all(), Paths{known});
+  const auto usual = arrive(folder_ / "usual.mov", now() - 2s);
+  EXPECT_EQ(reports_.waitFor(2), (Paths{known, usual}));
+  clock_->tick(1h);
+  EXPECT_EQ(reports_.all(), (Paths{known, usual, ahead}));
+}
+
 TEST_F(FolderWatcherTest, OnlyVisibleRegularClipsDirectlyInTheFolderCount) {
   watcher_.start();
   const auto outside = arrive(root_ / "outside.mov");
@@ -182,118 +138,71 @@ TEST_F(FolderWatcherTest, OnlyVisibleRegularClipsDirectlyInTheFolderCount) {
   fs::create_directories(folder_ / "folder.mov");
   fs::create_symlink(outside, folder_ / "link.mov");
   fs::create_symlink(root_ / "nowhere", folder_ / "dangling.mov");
+  fs::create_symlink(folder_ / "circle.mov", folder_ / "circle.mov");
+  ASSERT_EQ(::mkfifo((folder_ / "pipe.mp4").c_str(), 0600), 0);
+  ASSERT_EQ(::mknod((folder_ / "socket.mp4").c_str(), S_IFSOCK | 0600, 0), 0);
   arrive(folder_ / "sub" / "clip.mov");
   arrive(folder_ / ".hidden.mov");
   arrive(folder_ / "notes.txt");
   arrive(folder_ / "Draft 1.mov");
   const auto clip = arrive(folder_ / "clip.mov");
-  clock_->tick();
+  clock_->tick(1h);
   EXPECT_EQ(reports_.all(), Paths{clip});
 }
 
-TEST_F(FolderWatcherTest, AFolderThatIsNoneLeavesTheOthersAlone) {
-  const fs::path second = root_ / "second";
-  fs::create_directory(second);
-  auto watcher = makeWatcher({root_.write("file", ""), folder_, second});
-  watcher.start();
-  const auto one = arrive(second / "clip.mov");
-  reports_.waitFor(1);
-  const auto two = arrive(folder_ / "clip.mov");
-  EXPECT_EQ(reports_.waitFor(2), (Paths{one, two}));
-}
-
-TEST_F(FolderWatcherTest, AFolderThatIsMissingAtTheStartIsFoundByTheTimer) {
-  fs::remove(folder_);
+TEST_F(FolderWatcherTest, WhereAListingDoesNotTellKindsTheFilesAreAsked) {
+  test::FolderListings listings(folder_);
+  listings.hideKinds();
   watcher_.start();
-  fs::create_directory(folder_);
-  const auto one = arrive(folder_ / "one.mov");
-  clock_->tick();
-  EXPECT_EQ(reports_.all(), Paths{one});
-  const auto two = arrive(folder_ / "two.mov");  // by now its events come
-  EXPECT_EQ(reports_.waitFor(2), (Paths{one, two}));
-}
-
-TEST_F(FolderWatcherTest, AFolderThatVanishesAndReturnsKeepsWhatWasKnownOfIt) {
-  const auto date = now() - 1h;
-  arrive(folder_ / "known.mov", date);
-  watcher_.start();
-  fs::remove_all(folder_);
-  clock_->tick();
-  fs::create_directory(folder_);
-  arrive(folder_ / "known.mov", date);
-  const auto one = arrive(folder_ / "one.mov");
-  clock_->tick();
-  EXPECT_EQ(reports_.all(), Paths{one});
-  const auto two = arrive(folder_ / "two.mov");
-  EXPECT_EQ(reports_.waitFor(2), (Paths{one, two}));
-}
-
-TEST_F(FolderWatcherTest, ARenamedFolderIsLeftAndTheOneInItsPlaceTaken) {
-  watcher_.start();
-  fs::rename(folder_, root_ / "away");
-  arrive(root_ / "away" / "gone.mov");
-  clock_->tick();
-  EXPECT_EQ(reports_.all(), Paths{});
-  fs::create_directory(folder_);
-  const auto one = arrive(folder_ / "one.mov");
-  clock_->tick();
-  EXPECT_EQ(reports_.all(), Paths{one});
-  const auto two = arrive(folder_ / "two.mov");
-  EXPECT_EQ(reports_.waitFor(2), (Paths{one, two}));
-}
-
-TEST_F(FolderWatcherTest, ALinkInTheFoldersPlaceIsFollowedUnderTheFoldersName) {
-  const TemporaryFolder target;
-  arrive(target / "one.mov");
-  watcher_.start();
-  fs::remove(folder_);
-  fs::create_directory_symlink(target.path(), folder_);
-  clock_->tick();
-  EXPECT_EQ(reports_.all(), Paths{folder_ / "one.mov"});
-  arrive(target / "two.mov");
-  EXPECT_EQ(reports_.waitFor(2), (Paths{folder_ / "one.mov", folder_ / "two.mov"}));
-}
-
-TEST_F(FolderWatcherTest, WithoutFolderEventsTheTimerIsEnough) {
-  arrive(folder_ / "known.mov");
-  {
-    const test::NoFolderEvents none;
-    ASSERT_THROW(DirectoryEvents(), SystemError);
-    watcher_.start();
-  }
   const auto clip = arrive(folder_ / "clip.mov");
+  fs::create_directories(folder_ / "folder.mov");
+  fs::create_symlink(clip, folder_ / "link.mov");
   clock_->tick();
   EXPECT_EQ(reports_.all(), Paths{clip});
 }
 
-TEST_F(FolderWatcherTest, EventsThatTheSystemLostHideNothing) {
-  test::Gate gate;
-  FolderWatcher watcher(
-      {folder_}, {}, 1.5,
-      [&](const fs::path& url) {
-        gate.pass();
-        reports_.add(url);
-      },
-      clock_);
-  const auto one = arrive(folder_ / "one.mov");
-  const auto two = arrive(folder_ / "two.mov");
-  watcher.start();
-  const auto first = arrive(folder_ / "first.mov");
-  gate.waitForArrivals(1);  // nobody takes events now
-  std::size_t limit = 0;
-  std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit;
-  ASSERT_GT(limit, 0u);
-  for (std::size_t i = 0; i <= limit; ++i)
-    fs::permissions(i % 2 ? one : two, fs::perms::owner_read);
-  const auto late = arrive(folder_ / "late.mov");
-  gate.open();
-  EXPECT_EQ(reports_.waitFor(2), (Paths{first, late}));
+TEST_F(FolderWatcherTest, NamesOfAnyBytesAreReportedUnchanged) {
+  watcher_.start();
+  Paths clips;
+  for (const char* const name : {"line\nbreak.mov", "\xFF\xFE.mp4", "-rf.mkv", "\xF0\x9F\x8E\xAC.webm", "a\\b.mov"}) {
+    clips.push_back(arrive(folder_ / name));
+    reports_.waitFor(clips.size());
+  }
+  EXPECT_EQ(reports_.all(), clips);
+}
+
+TEST_F(FolderWatcherTest, OnlyFilesWithTheNameOfAClipThatIsNotExcludedAreLookedAt) {
+  for (const char* const name : {"a.mov", "b.mp4", "draft.mov", "a.description.json", ".hidden.mov"})
+    arrive(folder_ / name);
+  fs::create_directory(folder_ / "folder.mov");
+  const test::FolderListings listings(folder_);
+  watcher_.start();
+  EXPECT_EQ(listings.looks(), 2);
+  clock_->tick();
+  EXPECT_EQ(listings.looks(), 4);
 }
 
 TEST_F(FolderWatcherTest, TheTimerSleepsForTheDebounce) {
   watcher_.start();
   clock_->tick();
   EXPECT_EQ(clock_->lastSleep(), 1500ms);
+}
+
+TEST_F(FolderWatcherTest, ABurstOfEventsIsOneListing) {
+  const auto clock = std::make_shared<test::TimerClock>(test::TimerClock::ShortSleeps::wait);
+  const auto source = arrive(root_ / "source.mov");
+  const test::FolderListings listings(folder_);
+  FolderWatcher watcher({folder_}, {}, 1.5, report(), clock);
+  watcher.start();
+  const int before = listings.entries();
+  constexpr int count = 10'000;
+  for (int i = 0; i < count; ++i)
+    fs::create_hard_link(source, folder_ / (std::to_string(i) + ".mov"));
+  clock->settling.waitForArrivals(1);
+  EXPECT_EQ(listings.entries(), before);
+  clock->settling.admitOne();
+  reports_.waitFor(count);
+  EXPECT_EQ(listings.entries(), before + count);
 }
 
 TEST_F(FolderWatcherTest, ASecondStartChangesNothing) {
@@ -336,6 +245,16 @@ TEST_F(FolderWatcherTest, StopWaitsForAReportUnderWay) {
   stopping.join();
 }
 
+TEST_F(FolderWatcherTest, DroppingARunningWatcherStopsIt) {
+  auto watcher = std::make_unique<FolderWatcher>(Paths{folder_}, std::vector<std::string>{}, 1.5, report(), clock_);
+  watcher->start();
+  arrive(folder_ / "one.mov");
+  reports_.waitFor(1);
+  watcher.reset();
+  arrive(folder_ / "two.mov");
+  EXPECT_EQ(reports_.all().size(), 1u);
+}
+
 TEST_F(FolderWatcherTest, WithoutThreadsItDoesNotStartAndCanLater) {
   {
     const test::NoMoreThreads none;
@@ -345,6 +264,72 @@ TEST_F(FolderWatcherTest, WithoutThreadsItDoesNotStartAndCanLater) {
   watcher_.start();
   const auto clip = arrive(folder_ / "clip.mov");
   EXPECT_EQ(reports_.waitFor(1), Paths{clip});
+}
+
+/// A folder whose listings stand still before every entry until the test goes on. No events set any off.
+class SlowListing : public test::FolderWatcherFixture {
+ protected:
+  SlowListing() {
+    for (int i = 0; i < 10; ++i)
+      arrive(folder_ / (std::to_string(i) + ".mov"));
+  }
+
+  /// Has `stop` wait for a listing that stands still by now, then lets both go on.
+  template <class Stop>
+  void stopDuringTheListing(Stop stop) {
+    gate_.waitForArrivals(1);
+    test::WatchedThread stopping(stop);
+    stopping.waitUntilItWaits();
+    EXPECT_FALSE(stopping.hasEnded());
+    gate_.open();
+    stopping.join();
+  }
+
+  /// Has a running watcher list the folder, which holds a new clip.
+  void beginListing() {
+    arrive(folder_ / "new.mov");
+    listings_.beforeEach([this] { gate_.pass(); });
+    clock_->fire();
+  }
+
+  test::ScriptedFolderEvents events_;
+  test::Gate gate_;
+  test::FolderListings listings_{folder_};
+};
+
+TEST_F(SlowListing, AStopBreaksItOff) {
+  FolderWatcher watcher = makeWatcher({folder_});
+  watcher.start();
+  const int before = listings_.entries();
+  beginListing();
+  stopDuringTheListing([&] { watcher.stop(); });
+  EXPECT_EQ(listings_.entries(), before + 1);
+  EXPECT_EQ(reports_.all(), Paths{});
+}
+
+TEST_F(SlowListing, AStopBreaksOffTheOneOfAStart) {
+  FolderWatcher watcher = makeWatcher({folder_});
+  listings_.beforeEach([this] { gate_.pass(); });
+  test::WatchedThread starting([&] { watcher.start(); });
+  stopDuringTheListing([&] { watcher.stop(); });
+  starting.join();
+  EXPECT_EQ(listings_.entries(), 1);
+
+  arrive(folder_ / "between.mov");
+  watcher.start();
+  const auto clip = arrive(folder_ / "clip.mov");
+  clock_->tick();
+  EXPECT_EQ(reports_.all(), Paths{clip});
+}
+
+TEST_F(SlowListing, DroppingTheWatcherBreaksItOff) {
+  auto watcher = std::make_unique<FolderWatcher>(Paths{folder_}, std::vector<std::string>{}, 1.5, report(), clock_);
+  watcher->start();
+  const int before = listings_.entries();
+  beginListing();
+  stopDuringTheListing([&] { watcher.reset(); });
+  EXPECT_EQ(listings_.entries(), before + 1);
+  EXPECT_EQ(reports_.all(), Paths{});
 }
 
 }  // namespace

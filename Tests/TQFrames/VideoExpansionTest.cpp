@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 
 #include "Support/FolderListings.hpp"
-#include "Support/OrdinaryUser.hpp"
+#include "Support/Unprivileged.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQFrames/VideoExpansion.hpp"
 
@@ -71,7 +71,7 @@ TEST(ExpandToVideos, ADetourThroughALinkLeadsWhereTheSystemFollowsIt) {
 }
 
 TEST(ExpandToVideos, WhatCannotBeReadIsSkippedAlone) {
-  const test::OrdinaryUser user;
+  const test::Unprivileged user;
   const TemporaryFolder folder;
   folder.write("b/locked.mov", "");
   const Paths clips{folder.write("a.mov", ""), folder.write("a/clip.mov", ""), folder.write("c/clip.mov", "")};

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 using test::TemporaryFolder;
 using FileEvent = WatchFolderLogic::FileEvent;
 using Snapshot = WatchFolderLogic::Snapshot;
-using Paths = std::vector<fs::path>;
+using URLs = std::vector<WatchFolderLogic::URL>;
 
 constexpr Date now(1'700'000'000s);
 constexpr double debounce = 1.5;
@@ -25,29 +25,29 @@ const FileEvent oldClip{.url = "/in/clip.mov", .modified = now - 10s, .size = 10
 
 TEST(WatchFolderReduce, AFileModifiedAtTheCutoffExactlyIsStable) {
   const FileEvent clip{"/in/clip.mov", now - 1500ms, 1};
-  EXPECT_EQ(reduce({}, {clip}), (WatchFolderLogic::Reduction{{clip.url}, {{clip.url, clip}}}));
+  EXPECT_EQ(reduce({}, {clip}), (WatchFolderLogic::Reduction{{clip.url}, {clip}}));
 }
 
 TEST(WatchFolderReduce, AFileModifiedJustAfterTheCutoffIsLeftForALaterCall) {
   const FileEvent clip{"/in/clip.mov", now - 1500ms + 1ns, 1};
   EXPECT_EQ(reduce({}, {clip}), WatchFolderLogic::Reduction{});
-  EXPECT_EQ(reduce({}, {clip}, now + 1ns).emit, Paths{clip.url});
+  EXPECT_EQ(reduce({}, {clip}, now + 1ns).emit, URLs{clip.url});
 }
 
 TEST(WatchFolderReduce, AFileFromTheFutureWaitsForItsDate) {
   const FileEvent clip{"/in/clip.mov", now + 1h, 1};
-  EXPECT_EQ(reduce({}, {clip}).emit, Paths{});
-  EXPECT_EQ(reduce({}, {clip}, now + 2h).emit, Paths{clip.url});
+  EXPECT_EQ(reduce({}, {clip}).emit, URLs{});
+  EXPECT_EQ(reduce({}, {clip}, now + 2h).emit, URLs{clip.url});
 }
 
 TEST(WatchFolderReduce, AFileWithoutADateIsStable) {
   const FileEvent clip{"/in/clip.mov", Date::min(), 0};
-  EXPECT_EQ(reduce({}, {clip}).emit, Paths{clip.url});
+  EXPECT_EQ(reduce({}, {clip}).emit, URLs{clip.url});
 }
 
 TEST(WatchFolderReduce, AFileOfAnOldDateIsReportedAtOnceAndOnlyOnce) {
   const auto first = reduce({}, {oldClip});
-  EXPECT_EQ(first.emit, Paths{oldClip.url});
+  EXPECT_EQ(first.emit, URLs{oldClip.url});
   EXPECT_EQ(reduce(first.next, {oldClip}, now + 1min), (WatchFolderLogic::Reduction{{}, first.next}));
 }
 
@@ -66,57 +66,81 @@ TEST(WatchFolderReduce, AFileWrittenForTenSecondsIsReportedOnceAfterItsLastWrite
 TEST(WatchFolderReduce, ATouchedFileIsReportedAgainWithItsNewDate) {
   FileEvent touched = oldClip;
   touched.modified += 5s;
-  const auto result = reduce({{oldClip.url, oldClip}}, {touched});
-  EXPECT_EQ(result.emit, Paths{oldClip.url});
-  EXPECT_EQ(result.next, (Snapshot{{oldClip.url, touched}}));
+  const auto result = reduce({oldClip}, {touched});
+  EXPECT_EQ(result.emit, URLs{oldClip.url});
+  EXPECT_EQ(result.next, (Snapshot{touched}));
 }
 
 TEST(WatchFolderReduce, AnEarlierDateIsANewStateToo) {
   FileEvent restored = oldClip;
   restored.modified -= 1h;
-  EXPECT_EQ(reduce({{oldClip.url, oldClip}}, {restored}).emit, Paths{oldClip.url});
+  EXPECT_EQ(reduce({oldClip}, {restored}).emit, URLs{oldClip.url});
 }
 
 TEST(WatchFolderReduce, AnotherSizeOfTheSameDateIsANewState) {
   FileEvent grown = oldClip;
   grown.size += 1;
-  EXPECT_EQ(reduce({{oldClip.url, oldClip}}, {grown}).emit, Paths{oldClip.url});
+  EXPECT_EQ(reduce({oldClip}, {grown}).emit, URLs{oldClip.url});
 }
 
 TEST(WatchFolderReduce, AReportedFileThatIsWrittenAgainKeepsItsOldEntryUntilItIsStable) {
   FileEvent writing = oldClip;
   writing.modified = now;
-  const Snapshot known{{oldClip.url, oldClip}};
+  const Snapshot known{oldClip};
   EXPECT_EQ(reduce(known, {writing}), (WatchFolderLogic::Reduction{{}, known}));
 }
 
 TEST(WatchFolderReduce, AFileThatVanishesAndReturnsUnchangedIsNotReported) {
-  const auto gone = reduce({{oldClip.url, oldClip}}, {});
-  EXPECT_EQ(gone.next, (Snapshot{{oldClip.url, oldClip}}));
-  EXPECT_EQ(reduce(gone.next, {oldClip}).emit, Paths{});
+  const auto gone = reduce({oldClip}, {});
+  EXPECT_EQ(gone.next, (Snapshot{oldClip}));
+  EXPECT_EQ(reduce(gone.next, {oldClip}).emit, URLs{});
 }
 
 TEST(WatchFolderReduce, AFileThatVanishesAndReturnsWithANewDateIsReported) {
   FileEvent returned = oldClip;
   returned.modified += 1s;
-  EXPECT_EQ(reduce(reduce({{oldClip.url, oldClip}}, {}).next, {returned}).emit, Paths{oldClip.url});
+  EXPECT_EQ(reduce(reduce({oldClip}, {}).next, {returned}).emit, URLs{oldClip.url});
 }
 
 TEST(WatchFolderReduce, WhatIsExcludedOrNoVideoNeverEntersTheSnapshot) {
   const auto result =
       reduce({}, {{"/in/notes.txt", now - 1h, 1}, {"/in/draft-1.mov", now - 1h, 1}, oldClip}, now, {"draft*"});
-  EXPECT_EQ(result.emit, Paths{oldClip.url});
-  EXPECT_EQ(result.next, (Snapshot{{oldClip.url, oldClip}}));
+  EXPECT_EQ(result.emit, URLs{oldClip.url});
+  EXPECT_EQ(result.next, (Snapshot{oldClip}));
 }
 
 TEST(WatchFolderReduce, OnlyTheNameIsTestedAndNeverTheFolder) {
   const FileEvent clip{"/draft/clip.mov", now - 1h, 1};
-  EXPECT_EQ(reduce({}, {clip}, now, {"*draft*", "/draft/*"}).emit, Paths{clip.url});
+  EXPECT_EQ(reduce({}, {clip}, now, {"*draft*", "/draft/*"}).emit, URLs{clip.url});
 }
 
 TEST(WatchFolderReduce, ReportsInTheOrderOfTheListing) {
   const FileEvent b{"/in/b.mov", now - 1h, 1}, a{"/in/a.MP4", now - 2h, 1};
-  EXPECT_EQ(reduce({}, {b, a}).emit, (Paths{b.url, a.url}));
+  EXPECT_EQ(reduce({}, {b, a}).emit, (URLs{b.url, a.url}));
+}
+
+TEST(WatchFolderReduce, ADateBeyondThoseOfTheClockIsNeverStableAndSeededAllTheSame) {
+  const FileEvent clip{"/in/clip.mov", Date::max(), 1};
+  EXPECT_EQ(reduce({}, {clip}, now + 24h * 365 * 100).emit, URLs{});
+  EXPECT_EQ(WatchFolderLogic::reduce({}, {clip}, Date::max(), 0, {}).next, Snapshot{clip});
+}
+
+TEST(WatchFolderReduce, AFileThatIsListedTwiceIsMeasuredByThePreviousStateBothTimes) {
+  EXPECT_EQ(reduce({}, {oldClip, oldClip}), (WatchFolderLogic::Reduction{{oldClip.url, oldClip.url}, {oldClip}}));
+}
+
+TEST(WatchFolderReduce, NoTimeIsNeededWhereTheDebounceIsNone) {
+  const FileEvent clip{"/in/clip.mov", now, 1};
+  EXPECT_EQ(WatchFolderLogic::reduce({}, {clip}, now, 0, {}).emit, URLs{clip.url});
+}
+
+TEST(IsCandidate, AVideoByItsNameThatIsNotExcluded) {
+  EXPECT_TRUE(WatchFolderLogic::isCandidate("Clip.MOV", {}));
+  EXPECT_TRUE(WatchFolderLogic::isCandidate("\xFF\n.mp4", {"*.mov"}));
+  EXPECT_FALSE(WatchFolderLogic::isCandidate("clip.mov", {"*.MOV"}));
+  EXPECT_FALSE(WatchFolderLogic::isCandidate("clip.description.json", {}));
+  EXPECT_FALSE(WatchFolderLogic::isCandidate("mov", {}));
+  EXPECT_FALSE(WatchFolderLogic::isCandidate(".mov", {}));
 }
 
 TEST(IsExcluded, AnyOneGlobIsEnough) {
@@ -159,7 +183,9 @@ INSTANTIATE_TEST_SUITE_P(QuestionMarks, MatchesGlob,
                          testing::Values(GlobCase{"a", "?", true}, GlobCase{"", "?", false}, GlobCase{"ab", "?", false},
                                          GlobCase{"e\xCC\x81", "?", true},          // one character of two code points
                                          GlobCase{"\xC3\xA9\xC3\xA9", "?", false},  // two characters
-                                         GlobCase{"a?", "a?", true}, GlobCase{"*", "?", true}));
+                                         GlobCase{"a?", "a?", true}, GlobCase{"*", "?", true},
+                                         GlobCase{"\xFF", "?", true},  // a byte that is no text shows as one character
+                                         GlobCase{"\xFF\n.mov", "??.mov", true}));
 
 INSTANTIATE_TEST_SUITE_P(Stars, MatchesGlob,
                          testing::Values(GlobCase{"", "*", true}, GlobCase{"", "**", true}, GlobCase{"a", "a**", true},
@@ -245,16 +271,24 @@ TEST_F(ShouldEnqueue, TheDateOfAFileIsThatOfItsContentAndAbsentWithoutOne) {
   EXPECT_EQ(WatchFolderLogic::modificationDate(folder_ / "gone.mov"), std::nullopt);
 }
 
-TEST_F(ShouldEnqueue, ADateBeyondTheCalendarClockIsItsLastOne) {
-  const auto farAway = std::chrono::file_clock::from_sys(Date::max()) + std::chrono::hours(24 * 365);
-  std::error_code error;
-  fs::last_write_time(clip_, farAway, error);
-  ASSERT_FALSE(error);
-  // Not every file system can hold it; what it made of it must come out in order.
-  const auto held = fs::last_write_time(clip_);
-  const auto date = WatchFolderLogic::modificationDate(clip_);
-  ASSERT_TRUE(date.has_value());
-  EXPECT_EQ(*date, held >= farAway ? Date::max() : Date(std::chrono::file_clock::to_sys(held)));
+TEST_F(ShouldEnqueue, ALinkCountsAsWhatItPointsTo) {
+  const TemporaryFolder elsewhere;
+  fs::create_symlink(writeAt(elsewhere, "sidecar", now - 1s), folder_ / "clip.take2.description.json");
+  EXPECT_TRUE(WatchFolderLogic::shouldEnqueue(clip_, std::nullopt));
+  writeAt(elsewhere, "sidecar", now);
+  EXPECT_FALSE(WatchFolderLogic::shouldEnqueue(clip_, std::nullopt));
+}
+
+TEST_F(ShouldEnqueue, ALinkThatLeadsNowhereIsNoSidecar) {
+  fs::create_symlink("nowhere", folder_ / "clip.take2.description.json");
+  EXPECT_TRUE(WatchFolderLogic::shouldEnqueue(clip_, std::nullopt));
+}
+
+TEST_F(ShouldEnqueue, NamesOfAnyBytesHaveTheirSidecars) {
+  const auto clip = writeAt(folder_, "\xFF\n.mov", now);
+  EXPECT_TRUE(WatchFolderLogic::shouldEnqueue(clip, std::nullopt));
+  writeAt(folder_, "\xFF\n.description.json", now);
+  EXPECT_FALSE(WatchFolderLogic::shouldEnqueue(clip, std::nullopt));
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "Support/FolderEventFaults.hpp"
-#include "Support/OrdinaryUser.hpp"
+#include "Support/Unprivileged.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "Support/WatchedThread.hpp"
 #include "TQPlatform/Cancelled.hpp"
@@ -232,7 +232,7 @@ TEST_F(DirectoryEventsTest, NoFurtherFolderIsWatchedBeyondTheLimitAndThoseBefore
 }
 
 TEST_F(DirectoryEventsTest, AFolderThatMayNotBeReadCannotBeWatchedUntilItMay) {
-  const test::OrdinaryUser user;
+  const test::Unprivileged user;
   fs::permissions(folder_, fs::perms::owner_write | fs::perms::owner_exec);
   EXPECT_FALSE(events_.watch(folder_));
   fs::permissions(folder_, fs::perms::owner_all);

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include "Support/FolderListings.hpp"
-#include "Support/OrdinaryUser.hpp"
+#include "Support/Unprivileged.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQPlatform/FolderReader.hpp"
 #include "TQPlatform/SystemError.hpp"
@@ -76,7 +76,7 @@ TEST_F(FolderReaderTest, TheIdentityIsThatOfTheFolderHoweverItIsReached) {
 }
 
 TEST_F(FolderReaderTest, AFolderThatMayOnlyBeListedHasAnIdentityToo) {
-  const test::OrdinaryUser user;
+  const test::Unprivileged user;
   folder_.write("file", "");
   fs::permissions(folder_.path(), fs::perms::owner_read);
   FolderReader reader(folder_.path());
@@ -86,7 +86,7 @@ TEST_F(FolderReaderTest, AFolderThatMayOnlyBeListedHasAnIdentityToo) {
 }
 
 TEST_F(FolderReaderTest, WhatCannotBeListedIsRefused) {
-  const test::OrdinaryUser user;
+  const test::Unprivileged user;
   fs::create_directory(folder_ / "locked");
   fs::permissions(folder_ / "locked", fs::perms::none);
   EXPECT_THROW(FolderReader(folder_ / "locked"), SystemError);
