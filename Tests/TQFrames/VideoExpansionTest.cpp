@@ -2,8 +2,8 @@
 #include <sys/stat.h>
 
 #include "Support/FolderListings.hpp"
-#include "Support/Unprivileged.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Unprivileged.hpp"
 #include "TQFrames/VideoExpansion.hpp"
 
 namespace tq {

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "Support/FolderEventFaults.hpp"
-#include "Support/Unprivileged.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Unprivileged.hpp"
 #include "Support/WatchedThread.hpp"
 #include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/DirectoryEvents.hpp"

@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 
 #include "Support/FolderListings.hpp"
-#include "Support/Unprivileged.hpp"
 #include "Support/TemporaryFolder.hpp"
+#include "Support/Unprivileged.hpp"
 #include "TQPlatform/FolderReader.hpp"
 #include "TQPlatform/SystemError.hpp"
 
