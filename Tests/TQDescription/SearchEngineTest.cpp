@@ -280,6 +280,18 @@ TEST(EditDistance, ToAnEmptyTextIsTheLength) {
   EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold("", "👨‍👩‍👧", 1));
 }
 
+TEST(EditDistance, AnyThresholdWillDo) {
+  EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold("kitten", "sitting", std::numeric_limits<std::size_t>::max()));
+  EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold("abc", "xyz", 3));
+  EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold("", "xyz", 100));
+}
+
+TEST(EditDistance, OfVeryLongWordsIsFoundAtOnce) {
+  const std::string word(200'000, 'x');
+  EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold(word, "y" + word + "y", 2));
+  EXPECT_FALSE(SearchEngine::editDistanceWithinThreshold("yyy" + word, word + "zzz", 2));
+}
+
 TEST(EditDistance, CountsCharactersNotBytes) {
   EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold("x👨‍👩‍👧y", "xy", 1));
   EXPECT_TRUE(SearchEngine::editDistanceWithinThreshold("e\u0301", "e", 1));
