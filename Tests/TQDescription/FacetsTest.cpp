@@ -120,6 +120,13 @@ TEST(FacetBuild, KeepsComposedAndDecomposedFormsApart) {
   EXPECT_EQ(FacetIndex::build(records), (FacetOptions{{FacetField::theme, {{"cafe\u0301", 1}, {"caf\u00E9", 1}}}}));
 }
 
+TEST(FacetBuild, IsTheSameByAnyNumberOfThreads) {
+  const Records records{withThemes({"b"}), withThemes({"SEA", "b"}), withMoods({"calm"}), withThemes({"sea"}), {}};
+  for (const std::size_t width : {1, 2, 3, 9})
+    EXPECT_EQ(FacetIndex::build(records.size(), recordsIn(records), width), FacetIndex::build(records)) << width;
+  EXPECT_EQ(FacetIndex::build(0, recordsIn({}), 2), FacetOptions{});
+}
+
 TEST(FacetMatches, AnEmptySelectionMatchesEverything) {
   EXPECT_TRUE(FacetIndex::matches({}, {}));
   EXPECT_TRUE(FacetIndex::matches({{FacetField::theme, {}}}, {}));

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 #include <limits>
+#include <stdexcept>
 #include <unordered_set>
 
 #include "TQDescription/SearchIndex.hpp"
+#include "TQPlatform/Cancelled.hpp"
 
 // What a search finds, asked of the plain functions and of the index at once.
 
@@ -327,6 +329,33 @@ TEST(SearchIndex, NamesTheFirstRecordOfAFilename) {
 TEST(SearchIndex, OffersTheFacetsOfItsRecords) {
   const Records records{withTheme(clip("a.mov", ""), "Sea"), withTheme(clip("b.mov", ""), "sea")};
   EXPECT_EQ(SearchIndex(records).facetOptions(), FacetIndex::build(records));
+}
+
+TEST(SearchIndex, MayHoldNoRecords) {
+  const SearchIndex index(Records{});
+  EXPECT_EQ(index.recordCount(), 0u);
+  EXPECT_EQ(index.facetOptions(), FacetOptions{});
+  EXPECT_EQ(index.search("beach", {}, all), Hits{});
+}
+
+TEST(SearchIndex, MayBeMadeByMoreThreadsThanRecords) {
+  const SearchIndex index(beaches.size(), recordsIn(beaches), 8);
+  EXPECT_EQ(filenames(index.search("beach", {}, all)), (Words{"a.mov", "b.mov"}));
+}
+
+TEST(SearchIndex, ItsMakingCanBeCancelled) {
+  std::stop_source stop;
+  const RecordAt stopping = [&](std::size_t number) -> const DescriptionResult& {
+    if (number == 1) stop.request_stop();
+    EXPECT_LT(number, 2u);
+    return beaches[number];
+  };
+  EXPECT_THROW(SearchIndex(beaches.size(), stopping, 1, stop.get_token()), Cancelled);
+}
+
+TEST(SearchIndex, PassesOnWhatReadingARecordThrows) {
+  const RecordAt failing = [](std::size_t) -> const DescriptionResult& { throw std::out_of_range("gone"); };
+  EXPECT_THROW(SearchIndex(2, failing, 2), std::out_of_range);
 }
 
 TEST(SearchIndex, AnswersForTheRecordsAsTheyWere) {
