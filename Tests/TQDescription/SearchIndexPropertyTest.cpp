@@ -293,12 +293,13 @@ TEST(SearchProperty, ManyThreadsMakeTheSameIndex) {
   const SearchIndex together(records.size(), at, 3);
   EXPECT_EQ(together.facetOptions(), FacetIndex::build(records));
   const std::vector<IndexedResult> prepared = indexed(records);
-  for (const std::string query : {"beach seaside", "golden-hour duration:>1 sea", "flagged:true", "夕日の海岸 cafes"}) {
-    const auto hits = SearchEngine::search(query, prepared, {}, 1000);
-    EXPECT_FALSE(hits.empty());
-    EXPECT_EQ(alone.search(query, {}, 1000), hits);
-    EXPECT_EQ(together.search(query, {}, 1000), hits);
-  }
+  for (const std::string query : {"beach seaside", "golden-hour duration:>1 sea", "flagged:true", "夕日の海岸 cafes"})
+    for (const FacetSelection& facets : {FacetSelection{}, source.facets(records)}) {
+      const auto hits = SearchEngine::search(query, prepared, facets, 1000);
+      EXPECT_FALSE(hits.empty());
+      EXPECT_EQ(alone.search(query, facets, 1000), hits);
+      EXPECT_EQ(together.search(query, facets, 1000), hits);
+    }
 }
 
 }  // namespace
