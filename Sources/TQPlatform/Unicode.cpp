@@ -158,6 +158,13 @@ bool isWhiteSpace(std::string_view character) {
   return !character.empty() && u_isUWhiteSpace(nextCodePoint(character, position));
 }
 
+bool isLetterOrNumber(std::string_view character) {
+  std::int32_t position = 0;
+  if (character.empty()) return false;
+  const UChar32 codePoint = nextCodePoint(character, position);
+  return u_isUAlphabetic(codePoint) || u_getIntPropertyValue(codePoint, UCHAR_NUMERIC_TYPE) != U_NT_NONE;
+}
+
 std::size_t characterCount(std::string_view text) {
   if (isPlainASCII(text)) return text.size();
   CharacterWalk walk(text);

@@ -63,6 +63,9 @@ bool isWhiteSpace(std::string_view character);
 /// characters of several code points; this is what most of them take.
 std::size_t columnWidth(std::string_view text);
 
+/// True for a character that begins with a code point that is alphabetic or has a numeric value.
+bool isLetterOrNumber(std::string_view character);
+
 /// The first `count` characters, or the whole text when it has no more.
 std::string_view characterPrefix(std::string_view text, std::size_t count);
 

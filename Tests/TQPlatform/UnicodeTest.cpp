@@ -128,6 +128,14 @@ TEST(IsWhiteSpace, IsToldByTheFirstCodePoint) {
   EXPECT_FALSE(isWhiteSpace(std::string_view("\0", 1)));
 }
 
+TEST(IsLetterOrNumber, LooksAtTheFirstCodePointOfACharacter) {
+  for (const char* character : {"a", "Z", "7", "é", "e\u0301", "ß", "中", "七", "٣", "Ⅷ", "½", "ª", "ʰ"})
+    EXPECT_TRUE(isLetterOrNumber(character)) << character;
+  for (const char* character : {"", "-", "_", ".", ":", "/", " ", "\n", "\r\n", "€", "😀", "\u0301", "\xff", "\xc3"})
+    EXPECT_FALSE(isLetterOrNumber(character)) << character;
+  EXPECT_FALSE(isLetterOrNumber(std::string_view("\0", 1)));
+}
+
 TEST(CharacterPrefix, CutsASCII) {
   EXPECT_EQ(characterPrefix("abcdef", 3), "abc");
   EXPECT_EQ(characterPrefix("abc", 3), "abc");
