@@ -3,13 +3,15 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "TQCore/Models/DescriptionResult.hpp"
-#include "TQDescription/Similarity.hpp"
+#include "TQDescription/FilenameSimilarity.hpp"
+#include "TQDescription/SemanticEntries.hpp"
 #include "TQDescription/TextEmbedder.hpp"
 #include "TQPlatform/Monitor.hpp"
 
@@ -63,7 +65,7 @@ class SemanticIndex {
                     const Progress& progress, std::stop_token stop);
 
   /// Every entry with its nearness to `query`, in the order of the filenames; 0 for a vector of another length.
-  std::vector<Similarity> similarities(const EmbeddingVector& query);
+  std::vector<FilenameSimilarity> similarities(const EmbeddingVector& query);
 
   std::size_t entryCount();
 
@@ -74,6 +76,7 @@ class SemanticIndex {
   Monitor monitor_;
   const std::string model_;
   const std::filesystem::path cacheURL_;
+  std::shared_ptr<const SemanticEntries> entries_;  ///< never null; replaced as a whole
 };
 
 }  // namespace tq

@@ -16,7 +16,7 @@ class TextEmbedder {
   virtual ~TextEmbedder() = default;
 
   /// Blocks until there is one vector for each text, in their order. No text at all is answered without work. Throws
-  /// `TQError` or `JSONError`, or `Cancelled` once a stop was requested; there are no partial results.
+  /// `TQError` or `JSONError`; a stop ends it at once with `TQError` or `Cancelled`. There are no partial results.
   virtual std::vector<EmbeddingVector> embed(const std::vector<std::string>& texts, std::stop_token stop) const = 0;
 };
 
