@@ -1,34 +1,15 @@
 #include "TQVision/HTTPVisionProvider.hpp"
 
 #include <cmath>
-#include <string_view>
 #include <utility>
 
 #include "TQCore/TQError.hpp"
 #include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/Unicode.hpp"
 #include "TQVision/HTTPTransport.hpp"
 #include "TQVision/ProviderErrorHints.hpp"
+#include "TQVision/WithoutKey.hpp"
 
 namespace tq {
-namespace {
-
-/// Shorter keys are no secrets: local servers are given words such as "ollama".
-constexpr std::size_t shortestSecret = 8;
-
-/// What a server says of a refused request may quote the key, and an error is shown and kept.
-std::string withoutKey(const std::string& text, std::string_view key) {
-  constexpr std::string_view substitute = "[API key]";
-  key = trimmed(key);  // as it is sent
-  if (key.size() < shortestSecret) return text;
-  std::string result;
-  std::size_t rest = 0;
-  for (std::size_t place = 0; (place = text.find(key, rest)) != std::string::npos; rest = place + key.size())
-    result.append(text, rest, place - rest).append(substitute);
-  return result.append(text, rest);
-}
-
-}  // namespace
 
 HTTPVisionProvider::HTTPVisionProvider(HTTPProviderConfig config, std::shared_ptr<URLSession> urlSession,
                                        std::shared_ptr<const Clock> clock)
