@@ -1,12 +1,10 @@
-#include <cerrno>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <thread>
 
-#include "Support/Faults/FileFaults.hpp"
 #include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
-#include "Support/Umask.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPersistence/QueueStore.hpp"
@@ -451,17 +449,25 @@ TEST_F(QueueStoreTest, TheFileIsForItsOwnerAlone) {
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
 }
 
-TEST_F(QueueStoreTest, AFileSystemThatKnowsNoModesKeepsTheQueueAllTheSame) {
-  for (const int failure : {EPERM, ENOTSUP, EIO}) {
-    fs::remove(file);
-    const Umask umask(0200);  // so that the file is not created with its mode
-    const FileFaults noModes(folder.path(), [&](FileCall call, int) {
-      return call == FileCall::setMode ? FileFate{.error = failure} : FileFate();
-    });
-    EXPECT_EQ(savedAndLoaded({jobWith(JobStatus::queued)}), std::vector{jobWith(JobStatus::queued)}) << failure;
-    EXPECT_EQ(noModes.count(FileCall::setMode), 1);
-    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0400)) << "never more than its owner's";
+TEST_F(QueueStoreTest, SavesAtTheSameMomentLeaveOneWholeQueue) {
+  const std::vector<Job> shorter(3, jobWith(JobStatus::queued));
+  const std::vector<Job> longer(30, jobWith(JobStatus::failed));
+  save(store, shorter);
+  {
+    std::vector<std::jthread> writers;
+    for (const auto& jobs : {shorter, longer})
+      writers.emplace_back([this, jobs] {
+        for (int round = 0; round < 10; ++round)
+          save(store, jobs);
+      });
+    for (int round = 0; round < 50; ++round) {
+      const std::vector<Job> seen = store.load();
+      EXPECT_TRUE(seen == shorter || seen == longer) << seen.size();
+    }
   }
+  const std::vector<Job> last = store.load();
+  EXPECT_TRUE(last == shorter || last == longer) << last.size();
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"queue.json"});
 }
 
 TEST(QueueStore, TheUsersStoreLivesInThePrivateFolder) {

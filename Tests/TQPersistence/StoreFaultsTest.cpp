@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <gtest/gtest.h>
 
 #include "Support/Faults/FaultTrials.hpp"
@@ -159,6 +160,40 @@ TEST_P(StoreFaults, AFirstWriteThatIsKilledLeavesNothingOrTheWholeFile) {
                           if (!nothingThere()) expectContentOneOf({newContent});
                           expectThatTheNextWriteSucceeds();
                         }));
+}
+
+TEST_P(StoreFaults, AFileSystemThatKnowsNoModesTakesEverythingButKeys) {
+  for (const int error : {EPERM, ENOTSUP, EIO}) {
+    prepareOld();
+    const Umask umask(0200);  // so that no file is created with its mode
+    const FileFaults noModes(base.path(), [&](FileCall call, int) {
+      return call == FileCall::setMode ? FileFate{.error = error} : FileFate();
+    });
+    if (GetParam().name == "Secrets") {
+      EXPECT_THROW(write(), SystemError);
+      EXPECT_EQ(contentOf(file), oldContent);
+    } else {
+      write();
+      EXPECT_EQ(contentOf(file), newContent);
+      EXPECT_GE(noModes.count(FileCall::setMode), 1);
+    }
+    EXPECT_EQ(namesIn(base / "tarquel"), std::vector<std::string>{GetParam().file});
+  }
+}
+
+TEST_P(StoreFaults, NobodyElseCanReadTheFileWhileItIsWritten) {
+  clear();
+  int writes = 0;
+  const FileFaults watch(base.path(), [&](FileCall call, int) {
+    if (call != FileCall::write) return FileFate();
+    ++writes;
+    EXPECT_EQ(fs::status(base / "tarquel").permissions(), fs::perms(0700));
+    for (const auto& entry : fs::directory_iterator(base / "tarquel"))
+      EXPECT_TRUE(!GetParam().ownerOnly || entry.status().permissions() == fs::perms(0600)) << entry.path();
+    return FileFate();
+  });
+  write();
+  EXPECT_GE(writes, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(, StoreFaults, testing::ValuesIn(stores), [](const auto& test) { return test.param.name; });

@@ -1,6 +1,7 @@
 #include "Support/Faults/FileFaults.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <fcntl.h>
@@ -19,7 +20,9 @@ namespace fs = std::filesystem;
 namespace {
 
 std::mutex mutex;
-FileFaults* current = nullptr;         // guarded by mutex
+/// Set under the mutex. A look without it keeps threads from waiting for each other, and so from seeming to agree on an
+/// order that they do not have without this.
+std::atomic<FileFaults*> current = nullptr;
 thread_local bool isDeciding = false;  // in this thread
 
 /// What is open there. A file that has lost its name keeps the path it had, with a remark behind it.
@@ -42,12 +45,13 @@ bool isWithin(const fs::path& place, const fs::path& folder) {
 /// Absent when nobody is interested in the call.
 template <class... Place>
 std::optional<FileFate> knownFateOf(FileCall call, Place... place) {
-  if (isDeciding) return std::nullopt;
+  if (isDeciding || !current.load(std::memory_order_relaxed)) return std::nullopt;
   const std::lock_guard guard(mutex);
-  if (!current) return std::nullopt;
+  FileFaults* const faults = current;
+  if (!faults) return std::nullopt;
   const int error = errno;
   isDeciding = true;
-  const std::optional<FileFate> fate = current->decide(call, placeOf(place...));
+  const std::optional<FileFate> fate = faults->decide(call, placeOf(place...));
   isDeciding = false;
   errno = error;
   return fate;
