@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "TQPlatform/Files.hpp"
 #include "TQPlatform/JSON.hpp"
 #include "TQPlatform/JSONCursor.hpp"
 
@@ -54,23 +53,25 @@ SemanticEntries SemanticCache::parse(std::string_view text) {
   return entries;
 }
 
+void SemanticCache::print(const SemanticEntries& entries, const FileSink& sink) {
+  std::string text = "[";
+  for (const SemanticEntries::Clip& clip : entries.clips()) {
+    if (&clip != entries.clips().data()) text += ',';
+    text += R"({"contentHash":)" + jsonText(clip.contentHash) + R"(,"filename":)" + jsonText(clip.filename) +
+            R"(,"vector":)";
+    appendJSONFloats(text, entries.vectorOf(clip));
+    text += '}';
+    if (text.size() < pieceSize) continue;
+    sink(viewOf(text));
+    text.clear();
+  }
+  text += ']';
+  sink(viewOf(text));
+}
+
 void SemanticCache::write(const std::filesystem::path& url, const SemanticEntries& entries) {
   createFolders(url.parent_path());
-  streamFileAtomically(url, [&](const FileSink& sink) {
-    std::string text = "[";
-    for (const SemanticEntries::Clip& clip : entries.clips()) {
-      if (&clip != entries.clips().data()) text += ',';
-      text += R"({"contentHash":)" + jsonText(clip.contentHash) + R"(,"filename":)" + jsonText(clip.filename) +
-              R"(,"vector":)";
-      appendJSONFloats(text, entries.vectorOf(clip));
-      text += '}';
-      if (text.size() < pieceSize) continue;
-      sink(viewOf(text));
-      text.clear();
-    }
-    text += ']';
-    sink(viewOf(text));
-  });
+  streamFileAtomically(url, [&](const FileSink& sink) { print(entries, sink); });
 }
 
 }  // namespace tq

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "TQDescription/SemanticEntries.hpp"
+#include "TQPlatform/Files.hpp"
 
 namespace tq {
 
@@ -13,8 +14,12 @@ struct SemanticCache {
   /// Throws `JSONError` for a text that is no such list.
   static SemanticEntries parse(std::string_view text);
 
+  /// Hands the text over in pieces of about a megabyte. Throws `JSONError` for a number that is not finite and for a
+  /// filename that is not UTF-8.
+  static void print(const SemanticEntries& entries, const FileSink& sink);
+
   /// Replaces the file in one step and makes its folder where it is missing. Throws `SystemError` when it cannot be
-  /// written, and `JSONError` for a number that is not finite and a filename that is not UTF-8.
+  /// written, and what `print` throws.
   static void write(const std::filesystem::path& url, const SemanticEntries& entries);
 };
 
