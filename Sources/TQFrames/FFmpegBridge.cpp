@@ -48,20 +48,6 @@ constexpr std::array<std::string_view, 23> selfContained{"matroska,webm", "avi",
                                                          "ivf",           "mp3",  "flac", "wav",
                                                          "aac",           "aiff", "caf"};
 
-/// Refuses what is no file and what is no clip of its own. All other faults of a file are left to the tools to report.
-void requireOwnClip(const fs::path& url) {
-  std::optional<std::string> container;
-  try {
-    container = containerOf(url);
-  } catch (const SystemError&) {
-    return;
-  } catch (const MediaError& error) {
-    throw failure(url.filename().string() + ": " + error.what());
-  }
-  if (container && std::ranges::find(selfContained, *container) == selfContained.end())
-    throw failure(url.filename().string() + " is no clip but a file of another kind (" + *container + ")");
-}
-
 /// A JSON object that misses or mistypes a key answers with null for it.
 const JSONValue& member(const JSONValue& object, std::string_view key) {
   static const JSONValue null;
@@ -166,6 +152,19 @@ ToolOutput FFmpegBridge::runProcess(const fs::path& program, const std::vector<s
   }
   throw failure(name + " timed out after " + fixedText(std::trunc(processTimeout), 0) +
                 "s (possibly malformed or unreadable input)");
+}
+
+void FFmpegBridge::requireOwnClip(const fs::path& url) {
+  std::optional<std::string> container;
+  try {
+    container = containerOf(url);
+  } catch (const SystemError&) {
+    return;
+  } catch (const MediaError& error) {
+    throw failure(url.filename().string() + ": " + error.what());
+  }
+  if (container && std::ranges::find(selfContained, *container) == selfContained.end())
+    throw failure(url.filename().string() + " is no clip but a file of another kind (" + *container + ")");
 }
 
 VideoMetadata FFmpegBridge::probe(const fs::path& url) const {

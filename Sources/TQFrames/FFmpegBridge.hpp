@@ -58,9 +58,12 @@ class FFmpegBridge {
 
   ToolOutput runFFmpeg(const std::vector<std::string>& args) const { return runProcess(ffmpegURL, args); }
 
-  /// What `ffprobe` tells about a clip. This and `extractFrame` refuse what is no regular file, or a list of other
-  /// files or addresses whatever its name, without running a tool. Throws `JSONError` as well, when its answer is no
-  /// JSON.
+  /// Throws for what is no regular file, and for a list of other files or addresses whatever its name: a tool would
+  /// follow it. All other faults of a file are left to the tools to report.
+  static void requireOwnClip(const std::filesystem::path& url);
+
+  /// What `ffprobe` tells about a clip. This and `extractFrame` begin with `requireOwnClip`. Throws `JSONError` as
+  /// well, when its answer is no JSON.
   VideoMetadata probe(const std::filesystem::path& url) const;
 
   /// One picture at `seconds` from the start; negative counts as 0.

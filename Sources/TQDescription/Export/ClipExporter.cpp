@@ -49,6 +49,7 @@ void requireRoom(const Workshop& workshop) {
 
 void trim(const ExportItem& item, std::size_t index, const fs::path& target, const FFmpegBridge& bridge, bool reencode,
           const std::stop_token& stop) {
+  FFmpegBridge::requireOwnClip(item.mediaURL);
   const ExportRange& range = item.ranges[index];
   const Workshop workshop(target.parent_path());
   const fs::path unfinished = workshop / target.filename();

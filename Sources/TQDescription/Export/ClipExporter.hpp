@@ -27,9 +27,10 @@ struct ClipExporter {
   /// name is replaced, without a question, once the new file is whole; a range that fails leaves it alone. The first
   /// failure ends the run, and the files of earlier ranges stay.
   ///
-  /// Throws `SystemError` when the folder cannot be used, `TQError::frameExtractionFailed` when ffmpeg fails,
-  /// `TQError::outputWriteFailed` when the disk is full or the output's name cannot be had. A stop request is noticed
-  /// between two ranges and when ffmpeg fails, and ends the run with `Cancelled`.
+  /// Throws `SystemError` when the folder cannot be used, `TQError::frameExtractionFailed` when ffmpeg fails
+  /// and for a clip that is none of its own (see `FFmpegBridge::requireOwnClip`), `TQError::outputWriteFailed` when the
+  /// disk is full or the output's name cannot be had. A stop request is noticed between two ranges and when ffmpeg
+  /// fails, and ends the run with `Cancelled`.
   static void run(const std::vector<ExportItem>& items, const std::filesystem::path& outputFolder,
                   const FFmpegBridge& bridge, bool reencode, const std::stop_token& stop = {});
 };

@@ -402,6 +402,16 @@ TEST_F(RealTrims, ASourceThatIsNoClipIsAFailure) {
   EXPECT_THAT(namesIn(out()), IsEmpty());
 }
 
+TEST_F(RealTrims, APlaylistUnderTheNameOfAClipLeadsNowhere) {
+  const fs::path clip = numberedClip("mp4");
+  const fs::path list = folder_.write("list.mp4", "ffconcat version 1.0\nfile '" + clip.string() + "'\n");
+  EXPECT_THAT(errorOf([&] {
+                trim(list, "a.mp4", {{0, 1, {}}});
+              }),
+              HasSubstr("a.mp4 is no clip but a file of another kind (concat)"));
+  EXPECT_THAT(namesIn(out()), IsEmpty());
+}
+
 TEST_F(RealTrims, ADiskThatIsFullHalfWayLeavesNoPartOfAnOutput) {
   fs::create_directory(out());
   const fs::path clip = numberedClip("mp4");
