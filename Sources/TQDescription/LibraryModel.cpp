@@ -113,6 +113,14 @@ std::vector<LibraryMatch> LibraryModel::filter(const std::vector<LoadedSidecar>&
   return PreparedLibrary(sidecars, 1, {}).filter(query, facets, limit);
 }
 
+std::vector<LibraryMatch> LibraryModel::filter(const std::vector<LoadedSidecar>& sidecars, std::string_view query,
+                                               const FacetSelection& facets, std::size_t limit,
+                                               SemanticIndex* semanticIndex, const TextEmbedder* embedder,
+                                               double semanticWeight, std::stop_token stop) {
+  const PreparedLibrary prepared(sidecars, 1, stop);
+  return prepared.filter(query, facets, limit, semanticIndex, embedder, semanticWeight, stop);
+}
+
 FacetOptions LibraryModel::facetOptions(const std::vector<LoadedSidecar>& sidecars, std::size_t processorCount) {
   return FacetIndex::build(sidecars.size(), recordsOf(sidecars), processorCount);
 }

@@ -43,6 +43,14 @@ struct LibraryModel {
   static std::vector<LibraryMatch> filter(const std::vector<LoadedSidecar>& sidecars, std::string_view query,
                                           const FacetSelection& facets, std::size_t limit);
 
+  /// The same with the nearness in meaning blended in, `semanticWeight` (0 to 1) of it; what is near enough is found
+  /// without any of the words. `semanticIndex` and `embedder` may be null. Where there is no index, embedder, query or
+  /// entry, and where the query cannot be embedded, this is the search by words: no failure of the service is shown.
+  /// Blocks for as long as the embedder does. Throws `Cancelled` once a stop was requested.
+  static std::vector<LibraryMatch> filter(const std::vector<LoadedSidecar>& sidecars, std::string_view query,
+                                          const FacetSelection& facets, std::size_t limit, SemanticIndex* semanticIndex,
+                                          const TextEmbedder* embedder, double semanticWeight, std::stop_token stop);
+
   /// What the sidecars can be narrowed by, counted with `processorCount` threads.
   static FacetOptions facetOptions(const std::vector<LoadedSidecar>& sidecars, std::size_t processorCount);
 

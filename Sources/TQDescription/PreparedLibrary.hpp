@@ -7,6 +7,8 @@
 
 #include "TQDescription/LoadedSidecar.hpp"
 #include "TQDescription/SearchIndex.hpp"
+#include "TQDescription/SemanticIndex.hpp"
+#include "TQDescription/TextEmbedder.hpp"
 
 namespace tq {
 
@@ -30,6 +32,11 @@ class PreparedLibrary {
 
   /// As `LibraryModel::filter`.
   std::vector<LibraryMatch> filter(std::string_view query, const FacetSelection& facets, std::size_t limit) const;
+
+  /// As `LibraryModel::filter` with a semantic index.
+  std::vector<LibraryMatch> filter(std::string_view query, const FacetSelection& facets, std::size_t limit,
+                                   SemanticIndex* semanticIndex, const TextEmbedder* embedder, double semanticWeight,
+                                   std::stop_token stop) const;
 
  private:
   std::vector<LibraryMatch> matches(std::vector<SearchHit> hits) const;
