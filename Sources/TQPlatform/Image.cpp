@@ -216,7 +216,7 @@ std::optional<Image> Image::decodeJPEG(ByteView jpeg) {
   if (std::int64_t{width} * height > libav::largestPicture) return std::nullopt;
   auto frame = allocate(width, height, known->format);
   const int status = tjDecompressToYUVPlanes(turbo.get(), jpeg.data(), static_cast<unsigned long>(jpeg.size()),
-                                             frame->data, width, frame->linesize, height, 0);
+                                             frame->data, width, frame->linesize, height, TJFLAG_LIMITSCANS);
   if (status != 0 && tjGetErrorCode(turbo.get()) == TJERR_FATAL) return std::nullopt;
   return imageOf(std::move(frame), true);
 }

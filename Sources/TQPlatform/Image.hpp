@@ -21,7 +21,8 @@ class Image {
   struct Storage;
   explicit Image(std::shared_ptr<const Storage> storage) : storage_(std::move(storage)) {}
 
-  /// Decodes a JPEG; absent when the bytes are none.
+  /// Decodes a JPEG; absent when the bytes are none, when it has more pixels than any camera gives, or so many scans
+  /// that they can only be meant to take time.
   static std::optional<Image> decodeJPEG(ByteView jpeg);
 
   /// `pixels`: rows from top to bottom without padding, 3 bytes (red, green, blue) a pixel; its size is 3 * width *

@@ -90,13 +90,16 @@ void tally(const FileReader& file, const Box& box, const Watch& watch, Tally& su
 
 std::optional<std::int64_t> editingWork(const FileReader& file, const Watch& watch) {
   constexpr std::array passedOver{type("mdat"), type("free"), type("skip"), type("wide")};
+  constexpr std::int64_t largestTables = std::int64_t{1} << 30;  // bytes: ten times those of ten hours
   const std::int64_t fileSize = file.sizeNow();
   Tally sum;
   bool tablesFound = false;
   for (auto box = boxAt(file, 0, fileSize); box; box = boxAt(file, box->end, fileSize)) {
     watch.check();
     tablesFound = tablesFound || box->kind == type("moov");
-    if (std::ranges::find(passedOver, box->kind) == passedOver.end()) tally(file, *box, watch, sum);
+    if (std::ranges::find(passedOver, box->kind) != passedOver.end()) continue;
+    if (box->end - box->begin > largestTables) return std::nullopt;
+    tally(file, *box, watch, sum);
   }
   if (!tablesFound || sum.compressed) return std::nullopt;
   return sum.edits * sum.samples;

@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <limits>
 #include <tuple>
+#include <turbojpeg.h>
 
 #include "Support/ClipMaker.hpp"
 #include "TQPlatform/Image.hpp"
@@ -26,6 +28,19 @@ Image halves(int width, int height) {
     for (int column = 0; column < width; ++column)
       pixels.insert(pixels.end(), 3, column * 2 < width ? 0 : 255);
   return Image::fromRGB(width, height, pixels);
+}
+
+Bytes progressiveJPEG() {
+  constexpr int edge = 32;
+  const Bytes pixels(std::size_t{3} * edge * edge, 128);
+  const tjhandle turbo = tjInitCompress();
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  tjCompress2(turbo, pixels.data(), edge, 0, edge, TJPF_RGB, &bytes, &size, TJSAMP_420, 90, TJFLAG_PROGRESSIVE);
+  Bytes jpeg(bytes, bytes + size);
+  tjFree(bytes);
+  tjDestroy(turbo);
+  return jpeg;
 }
 
 Image firstFrame(const std::filesystem::path& clip) {
@@ -86,6 +101,29 @@ TEST(Image, BytesThatAreNoJPEGDecodeToNothing) {
   Bytes head = halves(64, 64).jpeg(0.5);
   head.resize(20);
   EXPECT_FALSE(Image::decodeJPEG(head));
+}
+
+TEST(Image, AJPEGOfEndlessScansDecodesToNothing) {
+  const Bytes honest = progressiveJPEG();
+  ASSERT_TRUE(Image::decodeJPEG(honest));
+  constexpr std::array<std::uint8_t, 2> startOfScan{0xFF, 0xDA};
+  const auto lastScan = std::ranges::find_end(honest, startOfScan).begin();
+  const auto endOfImage = honest.end() - 2;
+  Bytes endless(honest.begin(), endOfImage);
+  for (int scan = 0; scan < 1000; ++scan)
+    endless.insert(endless.end(), lastScan, endOfImage);
+  endless.insert(endless.end(), endOfImage, honest.end());
+  EXPECT_FALSE(Image::decodeJPEG(endless));
+}
+
+TEST(Image, AJPEGOfBillionsOfPixelsDecodesToNothing) {
+  Bytes jpeg = halves(64, 64).jpeg(0.5);
+  // The frame header (ITU-T T.81, B.2.2): marker, length, precision, height, width.
+  constexpr std::array<std::uint8_t, 3> frameHeader{0xFF, 0xC0, 0x00};
+  const auto found = std::ranges::search(jpeg, frameHeader);
+  ASSERT_LE(9, jpeg.end() - found.begin());
+  std::fill_n(found.begin() + 5, 4, std::uint8_t{0xFD});
+  EXPECT_FALSE(Image::decodeJPEG(jpeg));
 }
 
 TEST(Image, QualityMovesTheSizeAndIsBoundedAtBothEnds) {
