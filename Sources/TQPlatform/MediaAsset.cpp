@@ -55,11 +55,11 @@ libav::Owned<AVFormatContext> openFormat(MediaAsset::State& state, const fs::pat
   format->interrupt_callback = {workIsOver, &state.watch};
   format->max_analyze_duration = 2 * AV_TIME_BASE;
   format->max_streams = state.limits.tracks;
-  state.file.measure(format, state.limits.samples);
+  state.file.measure(format, state.limits);
   // The name is looked at for its extension only.
   const int error = avformat_open_input(&format, file.filename().c_str(), nullptr, &options.entries);
   libav::Owned<AVFormatContext> opened(format);
-  state.file.measure(format, state.limits.samples);
+  state.file.measure(format, state.limits);
   state.file.check();
   if (error < 0) throw MediaError("the file is damaged or in an unknown format");
   return opened;

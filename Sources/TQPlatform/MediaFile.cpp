@@ -61,9 +61,9 @@ MediaFile::~MediaFile() {
   avio_context_free(&context_);
 }
 
-void MediaFile::measure(const AVFormatContext* format, std::int64_t samples) {
+void MediaFile::measure(const AVFormatContext* format, const MediaLimits& limits) {
   format_ = format;
-  mostSamples_ = samples;
+  limits_ = limits;
 }
 
 void MediaFile::check() const {
@@ -83,7 +83,7 @@ bool MediaFile::tablesTooLarge() const {
   std::int64_t samples = 0;
   for (unsigned index = 0; index < format_->nb_streams; ++index)
     samples += avformat_index_get_entries_count(format_->streams[index]);
-  return samples > mostSamples_;
+  return samples > limits_.samples || samples * format_->nb_streams > limits_.samplesByTracks;
 }
 
 bool MediaFile::mayRead() {

@@ -8,6 +8,7 @@
 #include "TQPlatform/Clock.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/Libav.hpp"
+#include "TQPlatform/MediaLimits.hpp"
 #include "TQPlatform/SystemError.hpp"
 
 struct AVIOContext;
@@ -53,9 +54,9 @@ class MediaFile {
   AVIOContext* context() const { return context_; }
   const FileReader& reader() const { return reader_; }
 
-  /// From now on every read measures the tables that `format` holds, and ends once they list more than `samples`. Null
-  /// when there is none any more.
-  void measure(const AVFormatContext* format, std::int64_t samples);
+  /// From now on every read measures the tables that `format` holds, and ends once they go beyond `limits`. Null when
+  /// there is none any more.
+  void measure(const AVFormatContext* format, const MediaLimits& limits);
 
   /// Says why reading ended before the end of the file, by `Cancelled`, `SystemError` or `MediaError`; returns where it
   /// did not. libavformat itself takes any failed read for the end.
@@ -75,7 +76,7 @@ class MediaFile {
   AVIOContext* context_ = nullptr;
   std::int64_t position_ = 0;
   const AVFormatContext* format_ = nullptr;
-  std::int64_t mostSamples_ = 0;
+  MediaLimits limits_;
   bool outgrown_ = false;
   std::optional<SystemError> failure_;
 };

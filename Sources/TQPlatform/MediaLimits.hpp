@@ -22,6 +22,10 @@ struct MediaLimits {
   /// Samples that the tables of all tracks list together; 40 bytes each while the clip is open.
   std::int64_t samples = std::int64_t{1} << 24;
 
+  /// The same times the tracks: libavformat looks at every track for each sample that it passes over and listens to
+  /// nobody meanwhile, which comes to seconds.
+  std::int64_t samplesByTracks = std::int64_t{1} << 28;
+
   /// Samples passed to arrange the tables by edit lists, which takes five seconds; of a movie that asks for more only
   /// its first edit counts.
   std::int64_t editingWork = std::int64_t{1} << 25;

@@ -90,6 +90,17 @@ TEST_F(HostileMovie, AFewBytesThatClaimGigabytesOfTablesAreRefused) {
   EXPECT_EQ(refusalOf(write(fileTypeBox() + moovBox(tracks)), limits), "its tables are too large");
 }
 
+TEST_F(HostileMovie, ManySamplesOfManyTracksAreRefused) {
+  MediaLimits limits;
+  limits.samplesByTracks = 1'000;
+  const auto movie = [](std::uint32_t samples) {
+    const Bytes track = trackBox({.sampleCount = samples, .times = {{samples, 1}}});
+    return fileTypeBox() + moovBox(track + track + track);
+  };
+  EXPECT_EQ(refusalOf(write(movie(111)), limits), "none");
+  EXPECT_EQ(refusalOf(write(movie(112)), limits), "its tables are too large");
+}
+
 TEST_F(HostileMovie, FragmentsThatClaimGigabytesOfTablesAreRefused) {
   MediaLimits limits;
   limits.samples = 1'000;
