@@ -77,7 +77,7 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
   }
   if (::chdir(surroundings.folder.c_str()) == 0 && ::dup2(output, STDOUT_FILENO) >= 0 &&
       ::dup2(errors, STDERR_FILENO) >= 0)
-    ::execve(TQ_DESCRIBE_PROGRAM, arguments, environment);
+    ::execve(surroundings.program.c_str(), arguments, environment);
   ::_exit(127);
 }
 
@@ -87,7 +87,7 @@ RunningProgram::RunningProgram(const Arguments& arguments, const Surroundings& s
   auto [outputRead, outputWrite] =
       surroundings.terminalColumns ? makeTerminal(*surroundings.terminalColumns) : makePipe();
   auto [errorRead, errorWrite] = makePipe();
-  std::vector<std::string> words{TQ_DESCRIBE_PROGRAM};
+  std::vector<std::string> words{surroundings.program.string()};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> environment = environmentWith(surroundings.environment);
   const std::vector<char*> argv = pointersTo(words), envp = pointersTo(environment);
@@ -163,6 +163,12 @@ User::User() {
 
 Outcome User::run(const Arguments& arguments) {
   return RunningProgram(arguments, surroundings).finish();
+}
+
+Outcome User::runLibrary(const Arguments& arguments) {
+  Surroundings other = surroundings;
+  other.program = TQ_LIBRARY_PROGRAM;
+  return RunningProgram(arguments, other).finish();
 }
 
 Outcome User::describe(Arguments arguments) {

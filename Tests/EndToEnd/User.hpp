@@ -27,8 +27,9 @@ struct Outcome {
   long peakKilobytes = 0;  ///< the most memory that was resident
 };
 
-/// What surrounds the program when it starts.
+/// A program of this project and what surrounds it when it starts.
 struct Surroundings {
+  std::filesystem::path program = TQ_DESCRIBE_PROGRAM;
   std::filesystem::path folder;  ///< the current one
   std::map<std::string, std::string> environment;
   std::optional<rlim_t> largestFile;              ///< bytes; a longer file cannot be written, as on a full disk
@@ -74,7 +75,10 @@ class User {
   /// The program run to its end, in the folder of clips.
   Outcome run(const Arguments& arguments);
 
-  /// The same with the built-in model, so that nothing is asked of a network.
+  /// "tarquel-library" in place of "tarquel-describe".
+  Outcome runLibrary(const Arguments& arguments);
+
+  /// As `run`, with the built-in model, so that nothing is asked of a network.
   Outcome describe(Arguments arguments);
 
   Surroundings surroundings;
