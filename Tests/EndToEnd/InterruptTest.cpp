@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "EndToEnd/User.hpp"
+#include "Support/HeldFile.hpp"
 
 namespace tq::test {
 namespace {
@@ -18,12 +19,10 @@ using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
 
-/// A user with a clip that takes as long as the test wants: a named pipe, from which the tool that looks at it first
-/// reads until the test closes it.
+/// A user with a clip that takes as long as the test wants: the tool that looks at it first waits until the test lets
+/// it open the file.
 class Interrupt : public testing::Test {
  protected:
-  Interrupt() { EXPECT_EQ(::mkfifo((user.clips() / "slow.mkv").c_str(), 0600), 0); }
-
   /// The program at work on the slow clip, with those that come before and after it.
   RunningProgram& start(const Arguments& after = {}, const Arguments& before = {}) {
     Arguments arguments{"--provider", "mock", "--jobs", "1"};
@@ -31,18 +30,16 @@ class Interrupt : public testing::Test {
     arguments.push_back("slow.mkv");
     arguments.insert(arguments.end(), after.begin(), after.end());
     program_ = std::make_unique<RunningProgram>(arguments, user.surroundings);
-    // Blocks until the tool has opened the other end, and then it is certain to be at work.
-    pipe_ = Descriptor(::open((user.clips() / "slow.mkv").c_str(), O_WRONLY | O_CLOEXEC));
-    EXPECT_TRUE(pipe_);
+    program_->waitForChild();
     return *program_;
   }
 
-  void letTheToolEnd() { pipe_.reset(); }
+  void letTheToolEnd() { slow_.release(); }
 
   User user;
 
  private:
-  Descriptor pipe_;
+  HeldFile slow_{user.clips() / "slow.mkv"};
   std::unique_ptr<RunningProgram> program_;
 };
 
@@ -74,7 +71,7 @@ TEST_F(Interrupt, TheSecondOneLeavesAtOnceAndTakesTheToolAlong) {
   program.waitForOutput("cancelled  slow.mkv\n");
   program.signal(SIGINT);
   EXPECT_EQ(program.finish().status, 130);
-  // The pipe is still open, so a tool that is gone was killed, and the program took note of it before it left.
+  // The file is still held, so a tool that is gone was killed, and the program took note of it before it left.
   const bool isGone = ::kill(tools[0], 0) == -1 && errno == ESRCH;
   letTheToolEnd();  // if it was not killed, it ends by itself now
   if (!isGone) {

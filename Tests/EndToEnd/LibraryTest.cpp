@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <thread>
 
 #include "EndToEnd/User.hpp"
+#include "Support/HeldFile.hpp"
 #include "Support/ScriptedServer.hpp"
 #include "TQPlatform/JSON.hpp"
 
@@ -18,9 +18,9 @@ using testing::SizeIs;
 using testing::StartsWith;
 
 /// Writes the description of a clip in the user's folder.
-void addDescription(const User& user, const std::string& filename, const std::string& line, double seconds = 2) {
+void addDescription(const User& user, const std::string& filename, const std::string& line) {
   DescriptionResult result;
-  result.source = {.filename = filename, .durationSeconds = seconds, .frameRate = 25};
+  result.source = {.filename = filename, .durationSeconds = 2, .frameRate = 25};
   result.global.overallSummaryOneLine = line;
   user.addFile(fs::path(filename).stem().string() + ".description.json", writeJSON(encode(result), JSONLayout::pretty));
 }
@@ -29,15 +29,6 @@ Surroundings atTheLibrary(const User& user) {
   Surroundings surroundings = user.surroundings;
   surroundings.program = TQ_LIBRARY_PROGRAM;
   return surroundings;
-}
-
-/// Until the program has started one.
-void waitForTool(const RunningProgram& program) {
-  const auto patience = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (program.children().empty()) {
-    if (std::chrono::steady_clock::now() > patience) throw std::runtime_error("no tool was started");
-    std::this_thread::yield();
-  }
 }
 
 TEST(LibraryProgram, WorksOnWhatTheOtherProgramWrote) {
@@ -119,10 +110,10 @@ TEST(LibraryProgram, AFullDiskLeavesTheOlderExport) {
 
 TEST(LibraryProgram, AnInterruptEndsATrimAndItsTool) {
   User user;
-  fs::copy_file(makeVideo(movingPicture(20, 25, "1280x720"), h264(), "mp4"), user.clips() / "slow.mp4");
-  addDescription(user, "slow.mp4", "Slow.", 20);
-  RunningProgram program({"trim", ".", "--into", "cuts", "--reencode"}, atTheLibrary(user));
-  waitForTool(program);
+  const HeldFile slow(user.clips() / "slow.mkv");
+  addDescription(user, "slow.mkv", "Slow.");
+  RunningProgram program({"trim", ".", "--into", "cuts"}, atTheLibrary(user));
+  program.waitForChild();
   program.signal(SIGINT);
   const Outcome outcome = program.finish();
   EXPECT_EQ(outcome.status, 130);

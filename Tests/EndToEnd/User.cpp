@@ -140,6 +140,14 @@ std::vector<pid_t> RunningProgram::children() const {
   return found;
 }
 
+void RunningProgram::waitForChild() const {
+  const auto patience = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (children().empty()) {
+    check(std::chrono::steady_clock::now() < patience, "the program never started a process");
+    std::this_thread::yield();
+  }
+}
+
 Outcome RunningProgram::finish() {
   int status = 0;
   rusage usage{};

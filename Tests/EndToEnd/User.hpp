@@ -52,6 +52,9 @@ class RunningProgram {
   /// The processes it has started that have not ended.
   std::vector<pid_t> children() const;
 
+  /// Blocks until it has started a process that has not ended.
+  void waitForChild() const;
+
   /// Blocks until it has ended.
   Outcome finish();
 
