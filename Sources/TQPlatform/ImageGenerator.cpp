@@ -10,6 +10,7 @@
 #include "TQPlatform/ImageStorage.hpp"
 #include "TQPlatform/MediaAssetState.hpp"
 #include "TQPlatform/PictureMemory.hpp"
+#include "TQPlatform/TrackIndex.hpp"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -23,6 +24,7 @@ namespace {
 constexpr int failuresInARow = 250;                // packets that yield nothing but errors
 constexpr std::int64_t packetsPerImage = 500'000;  // hours of video without a key frame
 constexpr int groupsPerImage = 4;                  // groups of pictures tried, each one before the last
+constexpr double anything = HUGE_VAL;              // may have been skipped
 constexpr const char* tooLarge = "its pictures take too much memory";
 
 /// A picture as it left the decoder, and its time from the start of the presentation in seconds.
@@ -31,13 +33,22 @@ struct Decoded {
   double time;
 };
 
-/// A key frame in the track's index.
-struct KeyFrame {
-  int entry;
-  std::int64_t decodingTime;  // in the track's time base
+enum class Passing { quickly, exactly };
+
+/// What a stretch of decoding is for.
+struct Aim {
+  Passing passing;
+  double seconds;
+  bool cut;  // nothing else is wanted of this group of pictures
 };
 
-enum class Passing { quickly, exactly };
+/// Pictures that depend on no other one come from one packet each: several packets at once would only be decoded for
+/// nobody.
+int threadTypeFor(AVCodecID codec) {
+  const AVCodecDescriptor* format = avcodec_descriptor_get(codec);
+  const bool standAlone = format && (format->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
+  return standAlone ? FF_THREAD_SLICE : FF_THREAD_FRAME | FF_THREAD_SLICE;
+}
 
 }  // namespace
 
@@ -46,13 +57,20 @@ struct ImageGenerator::Decoder {
   MediaAsset::State& asset;
   const double tolerance;
   const int threads;
+  const Fidelity fidelity;
   DecodingCounts counts;
 
   AVStream* stream = nullptr;
+  std::optional<libav::TrackIndex> index;
   Orientation orientation;
   std::shared_ptr<libav::PictureMemory> memory;
   libav::Owned<AVCodecContext> codec;
   libav::Owned<AVPacket> packet = libav::makePacket();
+
+  std::vector<double> expected;  // times that will be asked for, rising
+  std::vector<double> underWay;  // pictures that were sent for one of them, in the order of decoding, and are not out
+  bool wantedLast = false;       // the newest packet is one of these
+  bool mayCut = true;            // until that loses a picture
 
   std::optional<Decoded> previous, current;
   double passedOver = -HUGE_VAL;           // latest time of a picture that may have been skipped
@@ -60,13 +78,12 @@ struct ImageGenerator::Decoder {
   bool drained = false, ended = false;
   int failures = 0;
   std::int64_t packetsLeft = 0;
-  Seconds fruitless{0};        // spent on pictures that could not be had
-  std::int64_t fileBytes = 0;  // of the file as it was when the picture was asked for
 
-  Decoder(MediaAsset& media, double allowed, int threadCount)
+  Decoder(MediaAsset& media, double allowed, int threadCount, Fidelity wanted)
       : asset(media.state()),
         tolerance(allowed),
         threads(threadCount),
+        fidelity(wanted),
         memory(std::make_shared<libav::PictureMemory>(asset.limits.pictureBytes)) {}
 
   void open();
@@ -75,31 +92,25 @@ struct ImageGenerator::Decoder {
   void forget();
   const Decoded& find(double seconds);
 
-  double timeOf(std::int64_t stamp) const {
-    return static_cast<double>(stamp) * av_q2d(stream->time_base) - asset.origin;
-  }
-  std::int64_t stampOf(double seconds) const;
-
-  bool readable(const AVIndexEntry& entry) const;
-  std::optional<KeyFrame> keyAtOrBefore(int entry) const;
-  std::optional<KeyFrame> keyFor(double seconds);
-  std::int64_t lastStampOf(const KeyFrame& key) const;
-  double lastIndexedTime() const;
-
-  bool serves(const Decoded& picture, double seconds) const {
-    return picture.time >= seconds - tolerance && picture.time <= seconds + tolerance;
-  }
+  bool serves(double time, double seconds) const { return time >= seconds - tolerance && time <= seconds + tolerance; }
+  bool serves(const Decoded& picture, double seconds) const { return serves(picture.time, seconds); }
   const Decoded* held(double seconds) const;
   const Decoded* nearest(double seconds) const;
-  bool leadsTo(const std::optional<KeyFrame>& key, double seconds) const;
-  const Decoded* decodeTo(double seconds, const std::optional<KeyFrame>& key, Passing passing);
+  std::optional<libav::KeyFrame> keyFor(double seconds);
+  bool leadsTo(const std::optional<libav::KeyFrame>& key, double seconds) const;
+  const Decoded* decodeTo(double seconds, const std::optional<libav::KeyFrame>& key, Passing passing);
+  bool lastOfGroup(double seconds, const std::optional<libav::KeyFrame>& key) const;
+  std::optional<double> target(double seconds) const;
+  bool isWanted(double time, const Aim& aim) const;
+  double enoughFor(const Aim& aim) const;
   bool isShown(const Decoded& picture, double seconds) const;
-  double endOfContent() const;
 
-  void seek(const std::optional<KeyFrame>& key);
-  bool advance(double passBefore);
+  void seek(const std::optional<libav::KeyFrame>& key);
+  bool advance(const Aim& aim);
   bool receive();
-  void sendNextPacket(double passBefore);
+  void sendNextPacket(const Aim& aim);
+  void sendPacket(const Aim& aim);
+  void drain();
   void countFailure();
 };
 
@@ -118,13 +129,15 @@ void ImageGenerator::Decoder::open() {
   if (!context) throw std::bad_alloc();
   context->pkt_timebase = chosen->time_base;
   context->thread_count = threads;
+  context->thread_type = threadTypeFor(decoder->id);
+  if (fidelity == Fidelity::approximate) context->skip_loop_filter = AVDISCARD_ALL;
   context->max_pixels = libav::largestPicture;
   libav::PictureMemory::serve(*context, memory);
   if (avcodec_parameters_to_context(context.get(), chosen->codecpar) < 0 ||
       avcodec_open2(context.get(), decoder, nullptr) < 0)
     throw MediaError("the decoder refuses its video format");
-  for (unsigned index = 0; index < format.nb_streams; ++index)
-    format.streams[index]->discard = format.streams[index] == chosen ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+  for (unsigned other = 0; other < format.nb_streams; ++other)
+    format.streams[other]->discard = format.streams[other] == chosen ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
   std::size_t size = 0;
   const std::uint8_t* matrix = av_stream_get_side_data(chosen, AV_PKT_DATA_DISPLAYMATRIX, &size);
   std::array<std::int32_t, 9> values{};
@@ -133,21 +146,22 @@ void ImageGenerator::Decoder::open() {
     orientation = Orientation::fromMatrix(values);
   }
   stream = chosen;
+  index.emplace(format, *chosen, asset.origin);
   codec = std::move(context);
 }
 
 Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& stop) {
   const auto started = std::chrono::steady_clock::now();
-  const libav::Watch::Scope scope(asset.watch, stop, asset.limits.withoutPicture - fruitless);
+  const libav::Watch::Scope scope(asset.watch, stop, asset.limits.withoutPicture - asset.fruitless);
   asset.watch.check();
   asset.file.clearFailure();
-  noticeFileSize();
   try {
     if (!codec) open();
+    noticeFileSize();
     const Decoded& found = find(std::isfinite(seconds) ? seconds : 0);
     return Image(std::make_shared<Image::Storage>(Image::Storage{libav::share(*found.frame), orientation, false}));
   } catch (const std::exception&) {
-    fruitless += std::chrono::steady_clock::now() - started;
+    asset.fruitless += std::chrono::steady_clock::now() - started;
     readUpTo = AV_NOPTS_VALUE;
     throw;
   }
@@ -155,7 +169,7 @@ Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& st
 
 /// Pictures that came before a file changed its length say nothing about where it ends now.
 void ImageGenerator::Decoder::noticeFileSize() {
-  if (const std::int64_t bytes = avio_size(asset.format->pb); std::exchange(fileBytes, bytes) != bytes) forget();
+  if (index->limit(avio_size(asset.format->pb))) forget();
 }
 
 const Decoded& ImageGenerator::Decoder::find(double seconds) {
@@ -164,10 +178,10 @@ const Decoded& ImageGenerator::Decoder::find(double seconds) {
   const Decoded* found = held(seconds);
   auto key = found ? std::nullopt : keyFor(seconds);
   for (int group = 0; !found && group < groupsPerImage; ++group) {
-    const bool pastTheEnd = seconds - tolerance > lastIndexedTime();
+    const bool pastTheEnd = seconds - tolerance > index->lastTime();
     found = decodeTo(seconds, key, pastTheEnd ? Passing::exactly : Passing::quickly);
     if (found || !key) break;
-    const auto earlier = keyAtOrBefore(key->entry - 1);
+    const auto earlier = index->keyBefore(*key);
     if (!earlier) break;
     key = earlier;
   }
@@ -183,77 +197,16 @@ bool ImageGenerator::Decoder::isShown(const Decoded& picture, double seconds) co
   const bool last = ended && current && &picture == &*current;
   if (!last) return true;
   const double gone = picture.time + static_cast<double>(picture.frame->pkt_duration) * av_q2d(stream->time_base);
-  return seconds <= std::max(gone, endOfContent()) + tolerance;
+  return seconds <= std::max(gone, index->endOfContent()) + tolerance;
 }
 
-/// The end of the latest sample of any track, in seconds from the start of the presentation. Headers may claim another
-/// one, and a file that was cut off has lost what its tables still list.
-double ImageGenerator::Decoder::endOfContent() const {
-  double end = 0;
-  for (unsigned index = 0; index < asset.format->nb_streams; ++index) {
-    AVStream& track = *asset.format->streams[index];
-    int entry = avformat_index_get_entries_count(&track) - 1;
-    while (entry >= 0 && !readable(*avformat_index_get_entry(&track, entry)))
-      --entry;
-    if (entry < 0) continue;
-    const auto last = static_cast<double>(avformat_index_get_entry(&track, entry)->timestamp);
-    const double length = entry > 0 ? last - static_cast<double>(avformat_index_get_entry(&track, entry - 1)->timestamp)
-                                    : static_cast<double>(std::max(track.duration, std::int64_t{0}));
-    end = std::max(end, (last + length) * av_q2d(track.time_base) - asset.origin);
-  }
-  return end;
-}
-
-std::int64_t ImageGenerator::Decoder::stampOf(double seconds) const {
-  constexpr double limit = 4e18;
-  const double stamp = (seconds + asset.origin) / av_q2d(stream->time_base);
-  return static_cast<std::int64_t>(std::clamp(stamp, -limit, limit));
-}
-
-/// A file that was cut off keeps the index of what it has lost.
-bool ImageGenerator::Decoder::readable(const AVIndexEntry& entry) const {
-  return entry.pos <= fileBytes - entry.size;
-}
-
-std::optional<KeyFrame> ImageGenerator::Decoder::keyAtOrBefore(int entry) const {
-  for (; entry >= 0; --entry) {
-    const AVIndexEntry* candidate = avformat_index_get_entry(stream, entry);
-    if (candidate && (candidate->flags & AVINDEX_KEYFRAME) != 0 && readable(*candidate))
-      return KeyFrame{entry, candidate->timestamp};
-  }
-  return std::nullopt;
-}
-
-/// The latest decoding time that still belongs to the key frame's group. A seek to the key frame's own decoding time
-/// could end in the group before, because the picture is shown only later.
-std::int64_t ImageGenerator::Decoder::lastStampOf(const KeyFrame& key) const {
-  const int count = avformat_index_get_entries_count(stream);
-  for (int entry = key.entry + 1; entry < count; ++entry) {
-    const AVIndexEntry* next = avformat_index_get_entry(stream, entry);
-    if ((next->flags & AVINDEX_KEYFRAME) != 0) return std::max(key.decodingTime, av_sat_sub64(next->timestamp, 1));
-  }
-  return std::max(key.decodingTime, avformat_index_get_entry(stream, count - 1)->timestamp);
-}
-
-double ImageGenerator::Decoder::lastIndexedTime() const {
-  const int count = avformat_index_get_entries_count(stream);
-  return count > 0 ? timeOf(avformat_index_get_entry(stream, count - 1)->timestamp) : HUGE_VAL;
-}
-
-/// Where to start decoding: the last key frame before the time, or the first one after it if that is within the
-/// tolerance and the other is not.
-std::optional<KeyFrame> ImageGenerator::Decoder::keyFor(double seconds) {
-  const std::int64_t stamp = stampOf(seconds);
-  // Fragments that the tables leave out are read into the index by a seek to them.
-  if (stream->nb_frames == 0 && lastIndexedTime() + 1 < timeOf(stream->duration)) {
-    av_seek_frame(asset.format.get(), stream->index, stamp, AVSEEK_FLAG_BACKWARD);
+/// Where to start decoding.
+std::optional<libav::KeyFrame> ImageGenerator::Decoder::keyFor(double seconds) {
+  if (index->isIncomplete()) {
+    av_seek_frame(asset.format.get(), stream->index, index->stampOf(seconds), AVSEEK_FLAG_BACKWARD);
     readUpTo = AV_NOPTS_VALUE;
   }
-  const auto before = keyAtOrBefore(av_index_search_timestamp(stream, stamp, AVSEEK_FLAG_BACKWARD));
-  if (before && timeOf(before->decodingTime) >= seconds - tolerance) return before;
-  const auto after = keyAtOrBefore(av_index_search_timestamp(stream, stamp, 0));
-  const bool later = after && after->decodingTime >= stamp;
-  return later && (!before || timeOf(after->decodingTime) <= seconds + tolerance) ? after : before;
+  return index->keyFor(seconds, tolerance);
 }
 
 /// The answer that needs no decoding.
@@ -273,26 +226,62 @@ const Decoded* ImageGenerator::Decoder::nearest(double seconds) const {
 }
 
 /// True when reading on from here comes to the time without passing a key frame that would be a better start.
-bool ImageGenerator::Decoder::leadsTo(const std::optional<KeyFrame>& key, double seconds) const {
+bool ImageGenerator::Decoder::leadsTo(const std::optional<libav::KeyFrame>& key, double seconds) const {
   if (ended || readUpTo == AV_NOPTS_VALUE || !key || key->decodingTime > readUpTo) return false;
   return current && current->time < seconds;
 }
 
+/// True when none of the times still expected needs this group. With an infinite tolerance any picture serves any time.
+bool ImageGenerator::Decoder::lastOfGroup(double seconds, const std::optional<libav::KeyFrame>& key) const {
+  if (expected.empty()) return std::isinf(tolerance);
+  const auto next = std::ranges::upper_bound(expected, seconds);
+  return next == expected.end() || (!index->isIncomplete() && index->keyFor(*next, tolerance) != key);
+}
+
+/// The first of the pictures under way that serves.
+std::optional<double> ImageGenerator::Decoder::target(double seconds) const {
+  const auto found = std::ranges::find_if(underWay, [&](double time) { return serves(time, seconds); });
+  return found == underWay.end() ? std::nullopt : std::optional(*found);
+}
+
+/// True for a picture that serves a time for which none is under way yet.
+bool ImageGenerator::Decoder::isWanted(double time, const Aim& aim) const {
+  const auto lacks = [&](double wish) { return serves(time, wish) && !target(wish); };
+  if (lacks(aim.seconds)) return true;
+  auto wish = std::ranges::lower_bound(expected, std::max(time - tolerance, aim.seconds));
+  while (wish != expected.end() && serves(time, *wish) && !lacks(*wish))
+    ++wish;
+  return wish != expected.end() && serves(time, *wish);
+}
+
+/// Decoding goes on until a picture of this time is out. Where nobody has told what is expected nothing is left out
+/// that serves, and the first one that comes will do.
+double ImageGenerator::Decoder::enoughFor(const Aim& aim) const {
+  const double from = aim.seconds - tolerance;
+  return aim.passing == Passing::exactly || expected.empty() ? from : target(aim.seconds).value_or(from);
+}
+
 /// The wanted picture if decoding from `key`, or from here on, comes to it; nothing when it must lie before the key
 /// frame.
-const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::optional<KeyFrame>& key, Passing passing) {
-  const double from = seconds - tolerance;
-  const double passBefore = passing == Passing::quickly ? from : -HUGE_VAL;
+const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::optional<libav::KeyFrame>& key,
+                                                 Passing passing) {
+  const bool quick = passing == Passing::quickly;
+  const Aim aim{passing, seconds, quick && mayCut && lastOfGroup(seconds, key)};
   if (!leadsTo(key, seconds)) seek(key);
-  while (!current || current->time < from)
-    if (!advance(passBefore)) break;
+  while (!current || current->time < enoughFor(aim))
+    if (!advance(aim)) break;
+  if (current && serves(*current, seconds)) return &*current;
+  if (passedOver == anything) {
+    mayCut = false;
+    return decodeTo(seconds, key, Passing::exactly);
+  }
   if (!current) return nullptr;
-  if (serves(*current, seconds)) return &*current;
   // Only neighbours tell which one is the nearest: nothing may have been skipped between them or after the last one.
+  const double from = seconds - tolerance;
   const double known = current->time < from ? current->time : previous ? previous->time : -HUGE_VAL;
   if (passedOver > known) {
     readUpTo = AV_NOPTS_VALUE;
-    return passing == Passing::quickly ? decodeTo(seconds, key, Passing::exactly) : nearest(seconds);
+    return quick ? decodeTo(seconds, key, Passing::exactly) : nearest(seconds);
   }
   return previous || current->time < from ? nearest(seconds) : nullptr;
 }
@@ -300,13 +289,15 @@ const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::opti
 void ImageGenerator::Decoder::forget() {
   previous.reset();
   current.reset();
+  underWay.clear();
+  wantedLast = false;
   passedOver = -HUGE_VAL;
   readUpTo = AV_NOPTS_VALUE;
   drained = ended = false;
 }
 
-void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key) {
-  const std::int64_t stamp = key ? lastStampOf(*key) : stampOf(0);
+void ImageGenerator::Decoder::seek(const std::optional<libav::KeyFrame>& key) {
+  const std::int64_t stamp = key ? index->lastStampOf(*key) : index->stampOf(0);
   forget();
   avcodec_flush_buffers(codec.get());
   ++counts.seeks;
@@ -315,13 +306,12 @@ void ImageGenerator::Decoder::seek(const std::optional<KeyFrame>& key) {
   throw MediaError("its index is damaged");
 }
 
-/// Makes the next picture the current one; false at the end of what can be read. Pictures before `passBefore` that no
-/// other one depends on may be skipped.
-bool ImageGenerator::Decoder::advance(double passBefore) {
+/// Makes the next picture the current one; false at the end of what can be read.
+bool ImageGenerator::Decoder::advance(const Aim& aim) {
   while (!ended) {
     asset.watch.check();
     if (receive()) return true;
-    if (!ended) sendNextPacket(passBefore);
+    if (!ended) sendNextPacket(aim);
   }
   return false;
 }
@@ -339,22 +329,29 @@ bool ImageGenerator::Decoder::receive() {
   if (frame->width < 1 || frame->height < 1) return false;
   failures = 0;
   const std::int64_t stamp = frame->best_effort_timestamp;
-  const double time = stamp == AV_NOPTS_VALUE ? (current ? current->time : 0) : timeOf(stamp);
+  const double time = stamp == AV_NOPTS_VALUE ? (current ? current->time : 0) : index->timeOf(stamp);
   previous = std::exchange(current, Decoded{std::move(frame), time});
+  std::erase_if(underWay, [time](double sent) { return sent < time; });
   return true;
 }
 
-void ImageGenerator::Decoder::sendNextPacket(double passBefore) {
+void ImageGenerator::Decoder::sendNextPacket(const Aim& aim) {
   if (drained) {
     countFailure();
+    return;
+  }
+  if (aim.cut && target(aim.seconds)) {
+    // The decoder gives out what it holds back for the order of display, and knows nothing of this place any more.
+    passedOver = anything;
+    readUpTo = AV_NOPTS_VALUE;
+    drain();
     return;
   }
   if (--packetsLeft < 0) throw MediaError("the next key frame is too far away");
   av_packet_unref(packet.get());
   if (av_read_frame(asset.format.get(), packet.get()) < 0) {
     asset.file.check();
-    drained = true;
-    avcodec_send_packet(codec.get(), nullptr);
+    drain();
     return;
   }
   if (packet->stream_index != stream->index || (packet->flags & AV_PKT_FLAG_CORRUPT) != 0) return;
@@ -362,12 +359,32 @@ void ImageGenerator::Decoder::sendNextPacket(double passBefore) {
     throw MediaError("the clip is encrypted");
   ++counts.packetsRead;
   if (packet->dts != AV_NOPTS_VALUE) readUpTo = packet->dts;
-  const bool passes = packet->pts != AV_NOPTS_VALUE && timeOf(packet->pts) < passBefore;
-  codec->skip_frame = passes ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
-  if (passes) passedOver = std::max(passedOver, timeOf(packet->pts));
+  if ((packet->flags & AV_PKT_FLAG_KEY) != 0 && packet->dts != AV_NOPTS_VALUE && packet->pts != AV_NOPTS_VALUE)
+    index->noteDelay(index->timeOf(packet->pts) - index->timeOf(packet->dts));
+  sendPacket(aim);
+}
+
+/// A picture that is not wanted may be left out if no other one depends on it. Not the one behind a wanted one, which
+/// may be the other field of the same picture, and none behind the aim where nobody has told what is expected.
+void ImageGenerator::Decoder::sendPacket(const Aim& aim) {
+  const bool known = packet->pts != AV_NOPTS_VALUE;
+  const double time = known ? index->timeOf(packet->pts) : HUGE_VAL;
+  const bool wanted = isWanted(time, aim);
+  const bool early = time < aim.seconds - tolerance;
+  const bool passed =
+      aim.passing == Passing::quickly && known && !wanted && !wantedLast && (early || !expected.empty());
+  wantedLast = wanted;
+  if (passed) passedOver = std::max(passedOver, time);
+  if (wanted) underWay.push_back(time);
+  codec->skip_frame = passed ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
   const int status = avcodec_send_packet(codec.get(), packet.get());
   if (status == AVERROR(ENOMEM)) throw MediaError(tooLarge);
   if (status < 0) countFailure();
+}
+
+void ImageGenerator::Decoder::drain() {
+  drained = true;
+  avcodec_send_packet(codec.get(), nullptr);
 }
 
 void ImageGenerator::Decoder::countFailure() {
@@ -376,13 +393,18 @@ void ImageGenerator::Decoder::countFailure() {
   throw MediaError("its pictures cannot be decoded");
 }
 
-ImageGenerator::ImageGenerator(MediaAsset& asset, double tolerance, int threads)
-    : decoder_(std::make_unique<Decoder>(asset, tolerance, threads)) {}
+ImageGenerator::ImageGenerator(MediaAsset& asset, double tolerance, int threads, Fidelity fidelity)
+    : decoder_(std::make_unique<Decoder>(asset, tolerance, threads, fidelity)) {}
 
 ImageGenerator::~ImageGenerator() = default;
 
 Image ImageGenerator::image(double seconds, std::stop_token stop) {
   return decoder_->imageAt(seconds, stop);
+}
+
+void ImageGenerator::expect(std::vector<double> times) {
+  std::ranges::sort(times);
+  decoder_->expected = std::move(times);
 }
 
 const DecodingCounts& ImageGenerator::counts() const {

@@ -19,6 +19,7 @@ struct MediaAsset::State {
   std::vector<MediaTrack> tracks;
   std::vector<int> streams;  ///< libavformat's stream of each track
   double origin = 0;         ///< seconds: the time stamp at which the presentation begins
+  Seconds fruitless{0};      ///< spent on pictures that could not be had
 };
 
 }  // namespace tq

@@ -33,13 +33,28 @@ std::string refusalAt(const fs::path& clip, double seconds) try {
   return error.what();
 }
 
-/// Every time asked, in the given order, gives a frame within the tolerance.
-void expectAccurate(const fs::path& clip, int framesPerSecond, const std::vector<double>& times) {
-  MediaAsset asset(clip);
-  ImageGenerator generator(asset, tolerance);
+void expectShown(ImageGenerator& generator, int framesPerSecond, const std::vector<double>& times,
+                 const std::string& how) {
   for (const double time : times) {
     const double shown = numberShown(generator.image(time)) / static_cast<double>(framesPerSecond);
-    EXPECT_NEAR(shown, time, tolerance + rounding) << "asked for " << time;
+    EXPECT_NEAR(shown, time, tolerance + rounding) << "asked for " << time << ", " << how;
+  }
+}
+
+/// Every time asked, in the given order, gives a frame within the tolerance, whatever the generator knows of the
+/// others.
+void expectAccurate(const fs::path& clip, int framesPerSecond, const std::vector<double>& times) {
+  MediaAsset asset(clip);
+  for (const int threads : {1, 3}) {
+    ImageGenerator surprised(asset, tolerance, threads);
+    expectShown(surprised, framesPerSecond, times, "out of the blue");
+    ImageGenerator prepared(asset, tolerance, threads, Fidelity::approximate);
+    prepared.expect(times);
+    expectShown(prepared, framesPerSecond, times, "as expected");
+    expectShown(prepared, framesPerSecond, times, "once more");
+    ImageGenerator misled(asset, tolerance, threads);
+    misled.expect({0.7, 3.1, 1e9});
+    expectShown(misled, framesPerSecond, times, "though others were expected");
   }
 }
 
@@ -168,6 +183,102 @@ TEST(ImageGenerator, NeighboursInOneGroupOfPicturesAreNotDecodedTwice) {
     generator.image(time);
   EXPECT_LE(generator.counts().packetsRead, 250);
   EXPECT_EQ(generator.counts().seeks, 1);
+}
+
+TEST(ImageGenerator, NothingOfAGroupIsReadBehindTheLastPictureThatIsExpectedOfIt) {
+  const auto clip = makeVideo(
+      numberedPicture(20, 25),
+      h264({"-preset", "medium", "-g", "50", "-bf", "3", "-b_strategy", "0", "-x264-params", "b-pyramid=none"}), "mp4");
+  MediaAsset asset(clip);
+  ImageGenerator generator(asset, tolerance);
+  generator.expect({5, 9, 9.5, 13});
+  // Frames come in groups of one that others depend on and the three before it: 100, 104, 101, 102, 103, 108 ...
+  EXPECT_EQ(numberShown(generator.image(5)), 120);
+  EXPECT_EQ(generator.counts().packetsRead, 18);
+  EXPECT_EQ(generator.counts().seeks, 1);
+  generator.image(9);
+  const auto read = generator.counts().packetsRead;
+  EXPECT_EQ(numberShown(generator.image(9.5)), 236);
+  EXPECT_LE(generator.counts().packetsRead, read + 14) << "the group was still open";
+  EXPECT_EQ(generator.counts().seeks, 2);
+  generator.image(13);
+  EXPECT_EQ(generator.counts().seeks, 3);
+}
+
+TEST(ImageGenerator, AKeyFrameIsFoundThoughItIsShownLaterThanDecoded) {
+  // With three pictures held back a key frame's decoding time lies 0.3 s before its display.
+  const auto clip = makeVideo(numberedPicture(20, 10),
+                              h264({"-preset", "medium", "-g", "50", "-bf", "3", "-b_strategy", "0"}), "mp4");
+  for (const double time : {4.85, 5.15, 9.81, 10.19}) {
+    MediaAsset asset(clip);
+    ImageGenerator generator(asset, tolerance);
+    generator.expect({time});
+    EXPECT_EQ(numberShown(generator.image(time)), time < 7 ? 50 : 100) << time;
+    EXPECT_EQ(generator.counts().packetsRead, 1) << time;
+  }
+  MediaAsset asset(clip);
+  ImageGenerator generator(asset, tolerance);
+  EXPECT_NEAR(numberShown(generator.image(4.78)) / 10.0, 4.78, tolerance + rounding);
+  EXPECT_EQ(generator.counts().seeks, 1) << "the key frame is decoded within the tolerance, but shown behind it";
+}
+
+TEST(ImageGenerator, KeyFramesOfOpenGroupsAreShownLaterThanTheFirstOfAll) {
+  const auto clip = makeVideo(
+      numberedPicture(20, 10),
+      hevc({"-preset", "medium", "-x265-params", "log-level=none:open-gop=1:keyint=40:bframes=4:scenecut=0"}), "mp4");
+  MediaAsset asset(clip);
+  ImageGenerator generator(asset, tolerance);
+  // A key frame at 4 s is decoded before 3.7 s, and shown too late for 3.78 s.
+  generator.expect({4.1, 7.78, 11.78, 15.78});
+  for (const double time : {4.1, 7.78, 11.78, 15.78})
+    EXPECT_NEAR(numberShown(generator.image(time)) / 10.0, time, tolerance + rounding) << time;
+  EXPECT_EQ(generator.counts().seeks, 4) << "none in vain";
+}
+
+TEST(ImageGenerator, WhatLiesBetweenTwoPicturesIsLookedForAfterTheGroupWasLeft) {
+  const auto clip = makeVideo(
+      numberedPicture(16, 1),
+      h264({"-preset", "medium", "-g", "16", "-bf", "3", "-b_strategy", "0", "-x264-params", "b-pyramid=none"}), "mp4");
+  MediaAsset asset(clip);
+  ImageGenerator generator(asset, tolerance);
+  generator.expect({8});
+  EXPECT_EQ(numberShown(generator.image(8)), 8);
+  for (const int time : {6, 7, 5, 9})
+    EXPECT_EQ(numberShown(generator.image(time)), time) << "nobody expected that";
+}
+
+TEST(ImageGenerator, APictureThatCannotBeDecodedGivesWayToItsNeighbour) {
+  const TemporaryFolder folder;
+  Bytes bytes = readClip(makeVideo(numberedPicture(4, 25), {"-c:v", "png"}, "mov"));
+  constexpr std::array<std::uint8_t, 4> startOfImage{0x89, 'P', 'N', 'G'};
+  auto at = bytes.begin();
+  for (int frame = 0; frame <= 54; ++frame)
+    at = std::search(at + 1, bytes.end(), startOfImage.begin(), startOfImage.end());
+  ASSERT_LT(64, bytes.end() - at);
+  std::fill_n(at, 64, std::uint8_t{0});
+  const fs::path clip = writeClip(folder / "damaged.mov", bytes);
+  MediaAsset asset(clip);
+  for (const auto& expected : {std::vector<double>{}, std::vector<double>{2.16, 3}}) {
+    ImageGenerator generator(asset, tolerance);
+    generator.expect(expected);
+    EXPECT_EQ(numberShown(generator.image(2.16)), 55) << "number 54 would be the nearest";
+    EXPECT_NEAR(numberShown(generator.image(3)) / 25.0, 3, tolerance + rounding);
+  }
+}
+
+TEST(ImageGenerator, ApproximatePicturesAreAlikeToTheEye) {
+  const auto clip = makeVideo("mandelbrot=s=320x192:r=25,trim=end_frame=100",
+                              h264({"-preset", "veryfast", "-g", "100", "-crf", "30"}), "mp4");
+  const auto lumaAt = [&](Fidelity fidelity) {
+    MediaAsset asset(clip);
+    return ImageGenerator(asset, tolerance, 1, fidelity).image(3).luma(320, 192);
+  };
+  const Bytes exact = lumaAt(Fidelity::exact), approximate = lumaAt(Fidelity::approximate);
+  EXPECT_NE(exact, approximate) << "nothing was spared";
+  double squares = 0;
+  for (std::size_t pixel = 0; pixel < exact.size(); ++pixel)
+    squares += std::pow(exact[pixel] - approximate[pixel], 2);
+  EXPECT_LE(std::sqrt(squares / static_cast<double>(exact.size())), 8);
 }
 
 TEST(ImageGenerator, AKeyFrameWithinTheToleranceIsAllThatIsDecoded) {
