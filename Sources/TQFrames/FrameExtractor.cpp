@@ -7,10 +7,10 @@
 #include "TQCore/VideoExtensions.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
 #include "TQFrames/FFmpegRouter.hpp"
+#include "TQFrames/PlatformDecoding.hpp"
 #include "TQFrames/PlatformMetadata.hpp"
 #include "TQFrames/SamplingTimes.hpp"
 #include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/ImageGenerator.hpp"
 #include "TQPlatform/MediaAsset.hpp"
 
 namespace tq {
@@ -19,17 +19,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double tolerance = 0.2;  // seconds
-
 FrameBridge bridgeOver(const fs::path& ffmpeg, const fs::path& ffprobe) {
   const FFmpegBridge bridge(ffmpeg, ffprobe, FFmpegBridge::standardTimeout);
   return {.probe = [bridge](const fs::path& url) { return bridge.probe(url); },
           .extractFrame = [bridge](double seconds, const fs::path& url) { return bridge.extractFrame(seconds, url); }};
 }
 
-std::vector<double> timesFor(const VideoMetadata& meta, const SamplingConfig& config, const FrameAt& frameAt,
-                             const std::stop_token& stop) {
-  auto times = sampleTimes(meta.duration, config, frameAt, stop);
+std::vector<double> required(std::vector<double> times) {
   if (times.empty()) throw TQError::noFramesExtracted();
   return times;
 }
@@ -63,7 +59,7 @@ Extraction FrameExtractor::extractThroughBridge(const fs::path& url, const Sampl
     throwIfStopped(taskStop);
     return bridge.extractFrame(seconds, url);
   };
-  const auto times = timesFor(meta, config, frameAt, stop);
+  const auto times = required(sampleTimes(meta.duration, config, frameAt, stop));
   auto frames = extractFramesFFmpegBatch(frameAt, times, {config.maxEdgePixels, config.jpegQuality},
                                          ffmpegWindow(host_.processorCount), progress, stop);
   return {std::move(frames), std::move(meta)};
@@ -73,12 +69,10 @@ Extraction FrameExtractor::extractOnPlatform(const fs::path& url, const Sampling
                                              const ExtractionProgress& progress, const std::stop_token& stop) const {
   MediaAsset asset(url, stop);
   VideoMetadata meta = loadMetadataPlatform(asset, url);
-  ImageGenerator generator(asset, tolerance);
-  const FrameAt frameAt = [&](double seconds, const std::stop_token& frameStop) {
-    return generator.image(seconds, frameStop);
-  };
-  const auto times = timesFor(meta, config, frameAt, stop);
-  auto frames = extractFramesPlatformBatch(frameAt, times, {config.maxEdgePixels, config.jpegQuality}, progress, stop);
+  const int threads = decoderThreads(host_.processorCount);
+  const auto times = required(samplePlatformTimes(asset, meta.duration, config, threads, stop));
+  auto frames =
+      extractPlatformFrames(asset, times, {config.maxEdgePixels, config.jpegQuality}, threads, progress, stop);
   return {std::move(frames), std::move(meta)};
 }
 
