@@ -1,10 +1,11 @@
-# Sourced by ./run and ./test: which Debian 12 packages they need, and how missing ones get installed.
+# Sourced by ./run, ./test and Benchmarks/: which Debian 12 packages they need, and how missing ones get installed.
 
 build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev libsimdjson-dev libicu-dev
   libcurl4-openssl-dev libssl-dev uuid-dev qt6-base-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
   libturbojpeg0-dev)
 run_packages=(ffmpeg ca-certificates)
 test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils)
+bench_packages=(libbenchmark-dev)
 
 # missing_packages NAME...: those of the names that are not installed, one a line.
 missing_packages() {

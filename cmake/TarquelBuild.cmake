@@ -7,6 +7,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 option(TQ_WERROR "Warnings are errors" ON)
 set(TQ_SANITIZERS "" CACHE STRING "Value for -fsanitize=, empty for none")
+option(TQ_BENCHMARKS "Build the benchmarks, which every build with tests does anyway" OFF)
 option(TQ_FUZZ "Build the fuzzing targets for libFuzzer; takes clang" OFF)
 
 find_program(TQ_CCACHE ccache)

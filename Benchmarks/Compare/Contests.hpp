@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "Benchmarks/Compare/Measure.hpp"
+
+namespace tq::compare {
+
+/// All that is compared, on the clips that make-clips put into `folder`. A place for sidecars is made there too.
+std::vector<Contest> allContests(const std::filesystem::path& folder);
+
+}  // namespace tq::compare

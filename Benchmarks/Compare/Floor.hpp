@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "TQPlatform/Bytes.hpp"
+
+namespace tq::compare {
+
+// What the work costs at least: loops on libav without anything around them. They know that the clip is sound, upright
+// and of ordinary brightness, that every packet has a time and that the times asked for rise, they keep one scaler for
+// all frames, and they check nothing. They give the very bytes that the product gives.
+
+/// JPEGs of the frames at `times` (seconds), the longer side brought down to `maxEdge`.
+std::vector<Bytes> floorFrames(const std::filesystem::path& clip, const std::vector<double>& times, int maxEdge,
+                               int quality, int threads);
+
+/// Difference hashes of the frames at `times`.
+std::vector<std::uint64_t> floorHashes(const std::filesystem::path& clip, const std::vector<double>& times,
+                                       int threads);
+
+}  // namespace tq::compare
