@@ -1,15 +1,16 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
-#include <utility>
+#include <span>
 #include <vector>
 
 namespace tq {
 
 /// True when at most `threshold` insertions, deletions and replacements of elements make `b` of `a`. Fills the matrix
-/// of the Levenshtein distance row by row, only where a value can be within the threshold, and no further than a row
-/// without such a value.
+/// of the Levenshtein distance row by row, and no further than a row whose values are all above the threshold. Only the
+/// diagonals near the main one can hold others, so a row is these: cell `d` belongs to column `line + d - band`.
 template <class Sequence>
 bool isWithinEditDistance(const Sequence& a, const Sequence& b, std::size_t threshold) {
   const std::size_t longer = std::max(a.size(), b.size());
@@ -17,25 +18,26 @@ bool isWithinEditDistance(const Sequence& a, const Sequence& b, std::size_t thre
   const std::size_t band = std::min(threshold, longer);
   const std::size_t above = band + 1;  // stands for every value above the threshold
 
-  std::vector<std::size_t> previous(b.size() + 1, above);
-  std::vector<std::size_t> row(b.size() + 1, above);
-  for (std::size_t column = 0; column <= std::min(band, b.size()); ++column)
-    previous[column] = column;
+  constexpr std::size_t usualBand = 2;
+  std::array<std::size_t, 2 * usualBand + 2> usual;
+  std::vector<std::size_t> wide(band > usualBand ? 2 * band + 2 : 0);
+  const std::span<std::size_t> row = band > usualBand ? std::span(wide) : std::span(usual).first(2 * band + 2);
+  for (std::size_t d = 0; d < row.size(); ++d)
+    row[d] = d >= band && d <= 2 * band ? d - band : above;
+
   for (std::size_t line = 1; line <= a.size(); ++line) {
-    const std::size_t first = line > band ? line - band : 0;
-    const std::size_t last = std::min(b.size(), line + band);
     std::size_t least = above;
-    for (std::size_t column = first; column <= last; ++column) {
-      std::size_t value = std::min(previous[column] + 1, above);
-      if (column > 0) value = std::min(value, previous[column - 1] + (a[line - 1] == b[column - 1] ? 0 : 1));
-      if (column > first) value = std::min(value, row[column - 1] + 1);
-      row[column] = value;
-      least = std::min(least, value);
+    std::size_t left = above;
+    for (std::size_t d = line < band ? band - line : 0; d <= 2 * band && line + d <= b.size() + band; ++d) {
+      const std::size_t column = line + d - band;
+      std::size_t value = std::min(left, row[d + 1]) + 1;
+      if (column > 0) value = std::min(value, row[d] + (a[line - 1] == b[column - 1] ? 0 : 1));
+      row[d] = left = std::min(value, above);
+      least = std::min(least, left);
     }
     if (least == above) return false;
-    std::swap(row, previous);
   }
-  return previous[b.size()] <= band;
+  return row[b.size() + band - a.size()] <= band;
 }
 
 }  // namespace tq

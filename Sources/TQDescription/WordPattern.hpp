@@ -38,6 +38,7 @@ class WordPattern {
  private:
   std::string word_;
   std::vector<std::string_view> characters_;
+  bool isPlain_;  ///< whether each byte is a character
 };
 
 }  // namespace tq

@@ -25,11 +25,6 @@ bool isASCII(char c) {
   return static_cast<unsigned char>(c) < 0x80;
 }
 
-/// ASCII in which each byte is a character. A carriage return is left out, for CR LF is one character.
-bool isPlainASCII(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return isASCII(c) && c != '\r'; });
-}
-
 const std::uint8_t* bytesOf(std::string_view text) {
   return reinterpret_cast<const std::uint8_t*>(text.data());
 }
@@ -103,6 +98,10 @@ bool isValidUTF8(std::string_view text) {
   for (std::int32_t position = 0; position < signedSize(text);)
     if (nextCodePoint(text, position) < 0) return false;
   return true;
+}
+
+bool isPlainASCII(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return isASCII(c) && c != '\r'; });
 }
 
 std::string validUTF8(std::string_view text) {

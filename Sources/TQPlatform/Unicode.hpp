@@ -18,6 +18,9 @@ bool isValidUTF8(std::string_view text);
 /// `text` with every malformed sequence replaced by U+FFFD.
 std::string validUTF8(std::string_view text);
 
+/// True for ASCII in which each byte is a character: any but one with a carriage return, which may be half of CR LF.
+bool isPlainASCII(std::string_view text);
+
 std::size_t characterCount(std::string_view text);
 
 /// Goes through a text character by character. Characters are views into the text, which must outlive the walk. Where a

@@ -26,6 +26,14 @@ TEST(ValidUTF8, ReplacesEachMalformedSequenceAndNothingElse) {
   EXPECT_EQ(validUTF8("clean é"), "clean é");
 }
 
+TEST(IsPlainASCII, HoldsWhereEachByteIsACharacter) {
+  for (const std::string_view text : {"", "abc", "a\nb\t~"})
+    EXPECT_TRUE(isPlainASCII(text)) << text;
+  EXPECT_TRUE(isPlainASCII(std::string_view("\0", 1)));
+  for (const std::string_view text : {"a\r\n", "\r", "é", "\xff"})
+    EXPECT_FALSE(isPlainASCII(text)) << text;
+}
+
 TEST(CharacterCount, CountsASCIIByBytes) {
   EXPECT_EQ(characterCount(""), 0u);
   EXPECT_EQ(characterCount("plain text\n"), 11u);
