@@ -25,6 +25,7 @@ fs::path watchedFolder(const std::string& text) {
 
 AppState::AppState(const AppSupportPaths& paths, JobStages stages, QObject* parent)
     : QObject(parent),
+      paths_(paths),
       settingsStore_(paths),
       uiStateStore_(paths),
       secrets_(std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>())),
@@ -45,6 +46,7 @@ AppState::AppState(const AppSupportPaths& paths, JobStages stages, QObject* pare
 AppState::~AppState() = default;
 
 void AppState::bootstrap() {
+  paths_.removeAbandonedTemporaries();
   setNeedsOnboarding(!isProviderReady(settings_, *secrets_));
   queue_.restore();
   syncWatcherWithSettings();

@@ -133,6 +133,7 @@ class AppState : public QObject, private WorkQueue::Observer {
   void syncWatcherWithSettings();
   std::optional<WatcherLifecycle::Wish> watchWish() const;
 
+  const AppSupportPaths paths_;
   const SettingsStore settingsStore_;
   const UIStateStore uiStateStore_;
   const std::shared_ptr<SecretsStore> secrets_;

@@ -98,6 +98,16 @@ TEST_F(AppStateTest, StartsWithWhatIsOnDisk) {
   EXPECT_EQ(app.activeJobCount(), 0);
 }
 
+TEST_F(AppStateTest, RemovesWhatAKilledRunLeftInThePrivateFolder) {
+  fs::create_directories(paths.semanticIndexDirectory());
+  const std::string name = ".tarquel-12-0123456789abcdef.tmp";
+  for (const fs::path& folder : {paths.appSupportDirectory(), paths.semanticIndexDirectory()})
+    engine.folder.write(fs::relative(folder / name, engine.folder.path()).string(), "half");
+  launch();
+  EXPECT_FALSE(fs::exists(paths.appSupportDirectory() / name));
+  EXPECT_FALSE(fs::exists(paths.semanticIndexDirectory() / name));
+}
+
 TEST_F(AppStateTest, AHostedProviderWithoutItsKeyNeedsTheFirstRunScreen) {
   SettingsStore(paths).save({});
   EXPECT_TRUE(launch().needsOnboarding());
