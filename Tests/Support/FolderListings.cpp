@@ -1,11 +1,12 @@
 #include "Support/FolderListings.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <dirent.h>
 #include <dlfcn.h>
+#include <map>
 #include <mutex>
-#include <set>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -20,7 +21,7 @@ struct FolderListings::State {
 
   std::mutex mutex;
   std::function<void()> beforeEach;  // guarded by mutex
-  std::set<DIR*> open;               // guarded by mutex
+  std::map<DIR*, int> open;          // the entries that each has given; guarded by mutex
 
   bool isOpen(DIR* listing) {
     std::lock_guard lock(mutex);
@@ -29,9 +30,13 @@ struct FolderListings::State {
 
   bool isOpen(int descriptor) {
     std::lock_guard lock(mutex);
-    for (DIR* const listing : open)
-      if (::dirfd(listing) == descriptor) return true;
-    return false;
+    return std::ranges::any_of(open, [&](const auto& listing) { return ::dirfd(listing.first) == descriptor; });
+  }
+
+  /// False where the listing breaks off instead of giving one more entry.
+  bool mayGive(DIR* listing) {
+    std::lock_guard lock(mutex);
+    return open.at(listing)++ == 0 || !broken;
   }
 
   void act() {
@@ -70,7 +75,7 @@ extern "C" DIR* opendir(const char* name) {
   const auto state = currentState();
   if (!state || !listing || state->folder.native() != name) return listing;
   std::lock_guard lock(state->mutex);
-  state->open.insert(listing);
+  state->open.emplace(listing, 0);
   return listing;
 }
 
@@ -87,12 +92,13 @@ extern "C" dirent* readdir(DIR* listing) {
   static const auto system = original(&::readdir, "readdir");
   const auto state = currentState();
   if (!state || !state->isOpen(listing)) return system(listing);
-  if (state->broken) {
+  dirent* const entry = system(listing);
+  if (entry && (entry->d_name == std::string_view(".") || entry->d_name == std::string_view(".."))) return entry;
+  if (!state->mayGive(listing)) {
     errno = EIO;
     return nullptr;
   }
-  dirent* const entry = system(listing);
-  if (!entry || entry->d_name == std::string_view(".") || entry->d_name == std::string_view("..")) return entry;
+  if (!entry) return nullptr;
   state->act();
   ++state->entries;
   if (state->hidesKinds) entry->d_type = DT_UNKNOWN;

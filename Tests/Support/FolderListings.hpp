@@ -22,7 +22,7 @@ class FolderListings {
   /// Listings do not say of what kind an entry is, as on some file systems.
   void hideKinds();
 
-  /// Each listing fails before its first entry, as on a broken disk, or no longer does.
+  /// Each listing fails behind its first entry, as on a broken disk, or no longer does.
   void setBroken(bool broken);
 
   /// `action` runs before each entry is given, on the thread that lists.

@@ -79,13 +79,24 @@ TEST(ExpandToVideos, WhatCannotBeReadIsSkippedAlone) {
   EXPECT_EQ(expandToVideos({folder / "b", folder.path()}), clips);
 }
 
-TEST(ExpandToVideos, AListingThatBreaksOffLeavesTheOtherFoldersAlone) {
+TEST(ExpandToVideos, AListingThatBreaksOffCostsWhatItDidNotGiveAlone) {
   const TemporaryFolder folder;
-  folder.write("b/lost.mov", "");
-  const Paths clips{folder.write("a/clip.mov", ""), folder.write("c/clip.mov", "")};
+  const Paths clips{folder.write("a/clip.mov", ""), folder.write("b/first.mov", ""), folder.write("c/clip.mov", "")};
   test::FolderListings listings(folder / "b");
   listings.setBroken(true);
   EXPECT_EQ(expandToVideos({folder.path()}), clips);
+}
+
+TEST(ExpandToVideos, AFolderThatALinkReplacesDuringTheWalkLeadsNowhereElse) {
+  const TemporaryFolder folder, outside;
+  outside.write("secret.mov", "");
+  folder.write("sub/clip.mov", "");
+  test::FolderListings listings(folder.path());
+  listings.beforeEach([&] {
+    fs::remove_all(folder / "sub");
+    fs::create_directory_symlink(outside.path(), folder / "sub");
+  });
+  EXPECT_EQ(expandToVideos({folder.path()}), Paths{});
 }
 
 TEST(ExpandToVideos, WhereAListingDoesNotTellKindsTheFilesAreAsked) {
