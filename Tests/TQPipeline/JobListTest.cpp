@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/JobRows.hpp"
 #include "Support/WorkQueueHarness.hpp"
 #include "TQPipeline/JobList.hpp"
 
@@ -14,20 +15,7 @@ class JobListTest : public testing::Test {
  protected:
   JobListTest() { view.list = &list; }
 
-  Job job(JobStatus status, const std::string& clip = "/clips/a.mov") {
-    Job job;
-    job.id = UUID::random();
-    job.status = status;
-    job.sourceURL = clip;
-    return job;
-  }
-
-  void append(const std::vector<Job>& jobs) {
-    std::vector<JobList::Row> rows;
-    for (const Job& job : jobs)
-      rows.push_back(std::make_shared<const Job>(job));
-    list.append(std::move(rows));
-  }
+  void append(const std::vector<Job>& jobs) { list.append(test::rowsOf(jobs)); }
 
   std::vector<UUID> ids() const {
     std::vector<UUID> ids;
@@ -47,8 +35,8 @@ class JobListTest : public testing::Test {
 };
 
 TEST_F(JobListTest, FindsAJobByItsId) {
-  const Job first = job(queued);
-  const Job second = job(queued);
+  const Job first = test::jobOf(queued);
+  const Job second = test::jobOf(queued);
   append({first, second});
   EXPECT_EQ(list.rowOf(second.id), 1U);
   EXPECT_EQ(list.rowOf(UUID::random()), std::nullopt);
@@ -56,14 +44,14 @@ TEST_F(JobListTest, FindsAJobByItsId) {
 }
 
 TEST_F(JobListTest, OfTwoJobsWithOneIdTheFirstIsFound) {
-  const Job first = job(done);
-  append({job(done), first, first});
+  const Job first = test::jobOf(done);
+  append({test::jobOf(done), first, first});
   EXPECT_EQ(list.rowOf(first.id), 1U);
 }
 
 TEST_F(JobListTest, ReplacesOneRow) {
-  const Job first = job(queued);
-  append({first, job(queued)});
+  const Job first = test::jobOf(queued);
+  append({first, test::jobOf(queued)});
   Job later = first;
   later.progress = 0.5;
   list.replace(0, later);
@@ -72,7 +60,7 @@ TEST_F(JobListTest, ReplacesOneRow) {
 }
 
 TEST_F(JobListTest, WhoeverHoldsARowKeepsItAsItWas) {
-  append({job(queued)});
+  append({test::jobOf(queued)});
   const JobList::Row before = list.rows().front();
   Job later = *before;
   later.status = done;
@@ -81,7 +69,8 @@ TEST_F(JobListTest, WhoeverHoldsARowKeepsItAsItWas) {
 }
 
 TEST_F(JobListTest, RemovesTheJobsOfOneStatusAndKeepsTheOrderOfTheOthers) {
-  const std::vector<Job> jobs{job(done), job(failed), job(done), job(done), job(queued), job(cancelled), job(done)};
+  const std::vector<Job> jobs{test::jobOf(done),   test::jobOf(failed),    test::jobOf(done), test::jobOf(done),
+                              test::jobOf(queued), test::jobOf(cancelled), test::jobOf(done)};
   append(jobs);
   list.removeAll(done);
   EXPECT_THAT(ids(), ElementsAre(jobs[1].id, jobs[4].id, jobs[5].id));
@@ -91,29 +80,29 @@ TEST_F(JobListTest, RemovesTheJobsOfOneStatusAndKeepsTheOrderOfTheOthers) {
 }
 
 TEST_F(JobListTest, RemovesAllThereAre) {
-  append({job(done), job(done)});
+  append({test::jobOf(done), test::jobOf(done)});
   list.removeAll(done);
   EXPECT_TRUE(list.empty());
   expectThatTheViewAgrees();
 }
 
 TEST_F(JobListTest, RemovesNothingWhereNothingFits) {
-  append({job(queued)});
+  append({test::jobOf(queued)});
   list.removeAll(done);
   EXPECT_EQ(list.size(), 1U);
 }
 
 TEST_F(JobListTest, AppendsAfterARemoval) {
-  append({job(done), job(queued)});
+  append({test::jobOf(done), test::jobOf(queued)});
   list.removeAll(done);
-  const Job late = job(queued);
+  const Job late = test::jobOf(queued);
   append({late});
   EXPECT_EQ(list.rowOf(late.id), 1U);
   expectThatTheViewAgrees();
 }
 
 TEST_F(JobListTest, CountsTheJobsThatHaveNotEnded) {
-  append({job(queued), job(calling), job(done), job(failed), job(cancelled)});
+  append({test::jobOf(queued), test::jobOf(calling), test::jobOf(done), test::jobOf(failed), test::jobOf(cancelled)});
   EXPECT_EQ(list.activeCount(), 2U);
   Job ended = list[1];
   ended.status = failed;
@@ -124,7 +113,8 @@ TEST_F(JobListTest, CountsTheJobsThatHaveNotEnded) {
 }
 
 TEST_F(JobListTest, KnowsTheClipsThatAreWorkedOn) {
-  append({job(queued, "/clips/a.mov"), job(calling, "/clips/a.mov"), job(done, "/clips/b.mov")});
+  append(
+      {test::jobOf(queued, "/clips/a.mov"), test::jobOf(calling, "/clips/a.mov"), test::jobOf(done, "/clips/b.mov")});
   EXPECT_TRUE(list.isActive("/clips/a.mov"));
   EXPECT_FALSE(list.isActive("/clips/b.mov"));
   for (const std::size_t row : {0U, 1U}) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Support/JobRows.hpp"
 #include "TarquelApp/JobListModel.hpp"
 #include "TarquelApp/Text.hpp"
 
@@ -18,20 +19,7 @@ class JobListModelTest : public testing::Test {
  protected:
   JobListModelTest() { model.show(list); }
 
-  static Job job(JobStatus status, const std::string& clip = "/clips/a.mov") {
-    Job job;
-    job.id = UUID::random();
-    job.status = status;
-    job.sourceURL = clip;
-    return job;
-  }
-
-  void append(const std::vector<Job>& jobs) {
-    std::vector<JobList::Row> rows;
-    for (const Job& job : jobs)
-      rows.push_back(std::make_shared<const Job>(job));
-    list.append(std::move(rows));
-  }
+  void append(const std::vector<Job>& jobs) { list.append(test::rowsOf(jobs)); }
 
   std::string text(JobListModel::Role role, int row = 0) const {
     return model.data(model.index(row), role).toString().toStdString();
@@ -63,7 +51,7 @@ TEST_F(JobListModelTest, AnEmptyListHasNoRows) {
 }
 
 TEST_F(JobListModelTest, ShowsWhatIsAppendedAndRemoved) {
-  append({job(done, "/clips/a.mov"), job(queued, "/clips/b.mov"), job(done, "/clips/c.mov")});
+  append({test::jobOf(done, "/clips/a.mov"), test::jobOf(queued, "/clips/b.mov"), test::jobOf(done, "/clips/c.mov")});
   EXPECT_EQ(model.rowCount(), 3);
   EXPECT_EQ(text(JobListModel::fileName, 1), "b.mov");
   QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
@@ -76,21 +64,21 @@ TEST_F(JobListModelTest, ShowsWhatIsAppendedAndRemoved) {
 }
 
 TEST_F(JobListModelTest, ATickOfProgressIsOneRoleOfOneRow) {
-  Job running = job(extracting);
+  Job running = test::jobOf(extracting);
   append({running});
   running.progress = 0.3;
   EXPECT_THAT(rolesToldFor(running), ElementsAre(JobListModel::progress));
 }
 
 TEST_F(JobListModelTest, AChangeThatNoRowShowsIsNotTold) {
-  Job running = job(calling);
+  Job running = test::jobOf(calling);
   append({running});
   running.rawResponse = std::string("an answer");
   EXPECT_THAT(rolesToldFor(running), ElementsAre());
 }
 
 TEST_F(JobListModelTest, AChangeOfStatusTellsAllThatFollowsFromIt) {
-  Job running = job(writing);
+  Job running = test::jobOf(writing);
   append({running});
   running.status = failed;
   running.error = "It went wrong.";
@@ -118,7 +106,7 @@ TEST_F(JobListModelTest, EveryStatusHasItsWordsAndActions) {
            StatusCase{failed, "Failed", "Failed", true, false},
            StatusCase{cancelled, "Cancelled", "Failed", true, false},
        }) {
-    append({job(expected.status)});
+    append({test::jobOf(expected.status)});
     const int row = model.rowCount() - 1;
     EXPECT_EQ(text(JobListModel::statusLabel, row), expected.label);
     EXPECT_EQ(text(JobListModel::section, row), expected.section);
@@ -130,7 +118,7 @@ TEST_F(JobListModelTest, EveryStatusHasItsWordsAndActions) {
 }
 
 TEST_F(JobListModelTest, ARefusalWinsOverAReview) {
-  Job refused = job(done);
+  Job refused = test::jobOf(done);
   DescriptionResult result;
   result.flagged = true;
   result.reviewFlag = true;
@@ -142,7 +130,7 @@ TEST_F(JobListModelTest, ARefusalWinsOverAReview) {
   Job reviewWithoutReason = review;
   result.reviewReason = "";
   reviewWithoutReason.result = result;
-  append({refused, review, reviewWithoutReason, job(done)});
+  append({refused, review, reviewWithoutReason, test::jobOf(done)});
   EXPECT_EQ(text(JobListModel::badge, 0), "refused");
   EXPECT_EQ(text(JobListModel::badgeHelp, 0), "Model refused");
   EXPECT_EQ(text(JobListModel::badge, 1), "needsReview");
@@ -153,7 +141,7 @@ TEST_F(JobListModelTest, ARefusalWinsOverAReview) {
 }
 
 TEST_F(JobListModelTest, AFinishedClipIsToldInOneLine) {
-  Job finished = job(done);
+  Job finished = test::jobOf(done);
   DescriptionResult result;
   result.global.overallSummaryOneLine = "A quiet harbour.";
   finished.result = result;
@@ -165,16 +153,16 @@ TEST_F(JobListModelTest, AFinishedClipIsToldInOneLine) {
 }
 
 TEST_F(JobListModelTest, TheModelOfTheEngineIsShownWhereItIsKnown) {
-  Job known = job(queued);
+  Job known = test::jobOf(queued);
   known.engineSnapshot = EngineSnapshot{.providerId = "mock", .modelId = "tiny"};
-  append({known, job(queued)});
+  append({known, test::jobOf(queued)});
   EXPECT_EQ(text(JobListModel::modelId, 0), "tiny");
   EXPECT_EQ(text(JobListModel::modelId, 1), "");
 }
 
 TEST_F(JobListModelTest, ANameThatIsNotUTF8IsShownAndItsFileFoundAgain) {
   const std::string clip = "/clips/100% #1?\xff .mov";
-  append({job(queued, clip)});
+  append({test::jobOf(queued, clip)});
   EXPECT_EQ(text(JobListModel::fileName), "100% #1?\xEF\xBF\xBD .mov");
   EXPECT_EQ(pathOf(model.data(model.index(0), JobListModel::sourceURL).toUrl()), clip);
 }
