@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "Benchmarks/Compare/Measure.hpp"
+#include "Benchmarks/Shared/Measure.hpp"
 
 namespace tq::compare {
 

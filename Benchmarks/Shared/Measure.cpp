@@ -1,7 +1,8 @@
-#include "Benchmarks/Compare/Measure.hpp"
+#include "Benchmarks/Shared/Measure.hpp"
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <sys/resource.h>
 
 namespace tq::compare {
@@ -20,9 +21,7 @@ double processorTime() {
 }
 
 double median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::ranges::nth_element(values, middle);
-  return *middle;
+  return quantile(std::move(values), 0.5);
 }
 
 template <class Part>
@@ -61,12 +60,19 @@ Outcome outcomeOf(const std::string& subject, const Opponent& opponent, const st
 
 }  // namespace
 
-Cost costOf(const std::function<void()>& work) {
+double quantile(std::vector<double> values, double share) {
+  const auto rank = static_cast<std::ptrdiff_t>(std::ceil(share * static_cast<double>(values.size())));
+  const auto place = values.begin() + std::max<std::ptrdiff_t>(rank, 1) - 1;
+  std::ranges::nth_element(values, place);
+  return *place;
+}
+
+Cost costOf(const std::function<void()>& work, int repeats) {
   const double processor = processorTime();
   const auto start = std::chrono::steady_clock::now();
   work();
   const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
-  return {wall.count(), processorTime() - processor};
+  return {wall.count() / repeats, (processorTime() - processor) / repeats};
 }
 
 bool Outcome::met() const {
@@ -78,9 +84,9 @@ std::vector<Outcome> measure(const Contest& contest, int rounds) {
   std::vector<Cost> ours;
   std::vector<std::vector<Cost>> theirs(contest.opponents.size());
   for (int round = 0; round < rounds; ++round) {
-    ours.push_back(costOf(contest.ours));
+    ours.push_back(costOf(contest.ours, contest.repeats));
     for (std::size_t index = 0; index < theirs.size(); ++index)
-      theirs[index].push_back(costOf(contest.opponents[index].run));
+      theirs[index].push_back(costOf(contest.opponents[index].run, contest.repeats));
   }
   std::vector<Outcome> outcomes;
   for (std::size_t index = 0; index < theirs.size(); ++index)

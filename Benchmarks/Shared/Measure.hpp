@@ -13,7 +13,10 @@ struct Cost {
   double processor = 0;  ///< of this process and the children it has awaited
 };
 
-Cost costOf(const std::function<void()>& work);
+Cost costOf(const std::function<void()>& work, int repeats = 1);
+
+/// The smallest value that at least `share` (above 0, at most 1) of them do not exceed; `values` is not empty.
+double quantile(std::vector<double> values, double share);
 
 /// How a figure is to be read, and where the goal lies.
 enum class Reading {
@@ -31,10 +34,11 @@ struct Opponent {
 /// The product's work and what it is held against.
 struct Contest {
   std::string subject;
-  std::function<void()> check;  ///< throws when ours and theirs do not do the same work; may be empty
+  std::function<void()> check{};  ///< throws when ours and theirs do not do the same work; may be empty
   std::function<void()> ours;
   std::vector<Opponent> opponents;
   bool slow = false;  ///< takes minutes a round
+  int repeats = 1;    ///< how often each of them does its work in one call; the costs are those of one time
 };
 
 /// The outcome against one opponent: medians over the rounds.
