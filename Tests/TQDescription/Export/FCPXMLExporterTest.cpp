@@ -3,43 +3,16 @@
 #include <regex>
 
 #include "ExportFixture.hpp"
-#include "Support/TemporaryFolder.hpp"
 #include "TQCore/FileURL.hpp"
 #include "TQDescription/Export/FCPXMLExporter.hpp"
-#include "TQPlatform/ChildProcess.hpp"
 #include "TQPlatform/Unicode.hpp"
+#include "XMLDocument.hpp"
 
 namespace tq::test {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-
-/// A document on disk, as another program reads it.
-class Document {
- public:
-  explicit Document(const std::string& text) : file_(folder_.write("project.fcpxml", text)) {}
-
-  bool isWellFormed() const { return xmllint({"--noout"}).status == 0; }
-
-  /// The text that an XPath expression comes to; without the line feed that xmllint puts behind it.
-  std::string value(const std::string& expression) const {
-    const ChildResult result = xmllint({"--xpath", "string(" + expression + ")"});
-    EXPECT_EQ(result.status, 0) << expression;
-    const std::string_view text = textOf(result.output);
-    return std::string(text.substr(0, text.size() - 1));
-  }
-
- private:
-  ChildResult xmllint(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), "--nonet");
-    arguments.push_back(file_.string());
-    return runChild("/usr/bin/xmllint", arguments, {.time = std::chrono::seconds(60)});
-  }
-
-  TemporaryFolder folder_;
-  std::filesystem::path file_;
-};
 
 /// The times that all `attribute`s of an element have, in the order of the document.
 std::vector<FrameDuration> timesOf(const std::string& text, const std::string& element, const std::string& attribute) {
@@ -143,7 +116,7 @@ TEST(FCPXML, FormatsAreOneForEachFrameDurationInOrderOfAppearance) {
                               "    <format id=\"r2\" name=\"FFVideoFormat\" frameDuration=\"1/25s\"/>\n"
                               "    <format id=\"r3\" name=\"FFVideoFormat\" frameDuration=\"100/1250s\"/>\n"
                               "    <asset id=\"r4\" name=\"a.mov\""));
-  const Document document(text);
+  const XMLDocument document(text);
   for (const auto& [name, format] : {std::pair("a", "r1"), {"b", "r2"}, {"c", "r1"}, {"d", "r2"}, {"e", "r3"}})
     EXPECT_EQ(document.value("//asset[@name='" + std::string(name) + ".mov']/@format"), format);
   EXPECT_EQ(document.value("//sequence/@format"), "r1");
@@ -179,7 +152,7 @@ TEST(FCPXML, IdentifiersAreUniqueAndReferencesResolve) {
   std::vector<ExportItem> items;
   for (int index = 0; index < 60; ++index)
     items.push_back(exportItem(std::to_string(index) + ".mov", {{0, 1, "x"}, {1, 2.5, "y"}}, index % 7 * 10 + 5));
-  const Document document(FCPXMLExporter::exportItems(items, "t"));
+  const XMLDocument document(FCPXMLExporter::exportItems(items, "t"));
   ASSERT_TRUE(document.isWellFormed());
   EXPECT_EQ(document.value("count(//asset)"), "60");
   EXPECT_EQ(document.value("count(//asset-clip)"), "120");
@@ -217,7 +190,7 @@ TEST(FCPXML, ClipsFollowEachOtherWithoutGapsAndFillTheSequence) {
 
 TEST(FCPXML, AwkwardNamesAreReadBackAsTheyWere) {
   for (const std::string& text : awkwardTexts()) {
-    const Document document(FCPXMLExporter::exportItems({exportItem(text, {{0, 1, text}})}, text));
+    const XMLDocument document(FCPXMLExporter::exportItems({exportItem(text, {{0, 1, text}})}, text));
     ASSERT_TRUE(document.isWellFormed()) << text.substr(0, 60);
     for (const char* element : {"//event", "//project", "//asset", "//asset-clip"})
       EXPECT_EQ(document.value(element + std::string("/@name")), text) << element;
@@ -227,7 +200,7 @@ TEST(FCPXML, AwkwardNamesAreReadBackAsTheyWere) {
 
 TEST(FCPXML, MalformedTextIsReplacedInNamesAndKeptInTheAddress) {
   for (const std::string& text : malformedTexts()) {
-    const Document document(FCPXMLExporter::exportItems({exportItem(text, {{0, 1, text}})}, text));
+    const XMLDocument document(FCPXMLExporter::exportItems({exportItem(text, {{0, 1, text}})}, text));
     ASSERT_TRUE(document.isWellFormed());
     EXPECT_EQ(document.value("//asset-clip/@name"), validUTF8(text));
     EXPECT_EQ(parseFileURL(document.value("//media-rep/@src")), "/clips/" + text);
@@ -238,14 +211,14 @@ TEST(FCPXML, StaysWellFormedWithCharactersThatXMLCannotHold) {
   std::string all;
   for (const std::string& character : charactersOutsideXML())
     all += character;
-  const Document document(FCPXMLExporter::exportItems({exportItem(all, {{0, 1, all}})}, all));
+  const XMLDocument document(FCPXMLExporter::exportItems({exportItem(all, {{0, 1, all}})}, all));
   ASSERT_TRUE(document.isWellFormed());
   EXPECT_EQ(document.value("string-length(//asset-clip/@name)"), "31");
   EXPECT_EQ(document.value("translate(//asset-clip/@name, '\uFFFD', '')"), "");
 }
 
 TEST(FCPXML, StaysWellFormedWithLineBreaksAndTabs) {
-  const Document document(FCPXMLExporter::exportItems({exportItem("a.mov", {{0, 1, "a\nb\tc\r\nd"}})}, "x\ny"));
+  const XMLDocument document(FCPXMLExporter::exportItems({exportItem("a.mov", {{0, 1, "a\nb\tc\r\nd"}})}, "x\ny"));
   ASSERT_TRUE(document.isWellFormed());
   EXPECT_EQ(document.value("//asset-clip/@name"), "a b c d") << "as XML reads them";
 }
