@@ -101,6 +101,19 @@ TEST_F(LibraryRunner, TheLimitCutsASearchAndAListing) {
   EXPECT_THAT(out.str(), HasSubstr("b.mov"));
 }
 
+TEST_F(LibraryRunner, ASearchThatTakesAsManyAsItMaySaysSo) {
+  for (int number = 0; number < 501; ++number)
+    add(description(std::to_string(number) + ".mov", "sea"));
+  const fs::path csv = folder / "out.csv";
+  EXPECT_EQ(run("export", {"sea", "--csv", csv.string()}), allDone);
+  EXPECT_EQ(out.str(), "Exported 500 ranges → out.csv\n");
+  EXPECT_EQ(errors.str(), "A search takes 500 clips at most; --limit sets another number.\n");
+  run("export", {"sea", "--limit", "1000", "--csv", csv.string()});
+  EXPECT_EQ(out.str() + errors.str(), "Exported 501 ranges → out.csv\n");
+  run("export", {"--csv", csv.string()});
+  EXPECT_EQ(out.str() + errors.str(), "Exported 501 ranges → out.csv\n");
+}
+
 TEST_F(LibraryRunner, OnATerminalTheListIsAligned) {
   addThree();
   terminalColumns = 44;
@@ -165,12 +178,13 @@ TEST_F(LibraryRunner, FacetsAreListedInTheirOrderWithTheirCounts) {
   add(more);
   EXPECT_EQ(run("facets"), allDone);
   EXPECT_EQ(out.str(), "theme\t2\tcity\ntheme\t1\tsea\nshotType\t1\twide\nkeyword\t1\tkey\n");
-  EXPECT_EQ(errors.str(), "");
+  EXPECT_EQ(errors.str(), "3 clips · 0 flagged · 1 need review\n");
 }
 
 TEST_F(LibraryRunner, OfAnEmptyLibraryThereAreNoFacets) {
   EXPECT_EQ(run("facets"), allDone);
   EXPECT_EQ(out.str(), "");
+  EXPECT_EQ(errors.str(), "0 clips · 0 flagged · 0 need review\n");
 }
 
 // index
@@ -179,6 +193,7 @@ TEST_F(LibraryRunner, AnIndexIsWrittenOfAllClips) {
   addThree();
   EXPECT_EQ(run("index", {"--recursive"}), allDone);
   EXPECT_EQ(out.str(), "Wrote _INDEX.json and _INDEX.md\n");
+  EXPECT_EQ(errors.str(), "3 clips · 1 flagged · 1 need review\n");
   const auto index = decode<FolderIndex>(parseJSON(contentOf(library() / "_INDEX.json")));
   EXPECT_EQ(index.totalClips, 3);
   EXPECT_EQ(index.folder, library().string());
@@ -251,6 +266,18 @@ TEST_F(LibraryRunner, AnExportNeverReplacesAClip) {
   EXPECT_EQ(contentOf(clip), "clip");
 }
 
+TEST_F(LibraryRunner, AnExportNeverReplacesADeviceOrAPipeNorALinkToOne) {
+  addThree();
+  const fs::path pipe = folder / "pipe", link = folder / "link";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  fs::create_symlink(pipe, link);
+  for (const fs::path& file : {pipe, link})
+    EXPECT_EQ(errorOf("export", {"--csv", file.string()}),
+              file.string() + " is a device or a pipe and is not replaced.");
+  EXPECT_TRUE(fs::is_fifo(pipe));
+  EXPECT_TRUE(fs::is_symlink(link));
+}
+
 // trim
 
 TEST_F(LibraryRunner, TheShotsOfTheClipsFoundBecomeFiles) {
@@ -273,7 +300,8 @@ TEST_F(LibraryRunner, WithNothingToTrimNoFolderIsMade) {
 }
 
 TEST_F(LibraryRunner, WithoutFFmpegNothingIsTrimmed) {
-  addThree();
+  add(description("a.mov", "A street."));
+  folder.write("library/a.mov", "clip");
   tools = ToolSearch{};
   const fs::path cuts = folder / "cuts";
   EXPECT_EQ(run("trim", {"--into", cuts.string()}), notAllDone);
@@ -282,8 +310,31 @@ TEST_F(LibraryRunner, WithoutFFmpegNothingIsTrimmed) {
   EXPECT_FALSE(fs::exists(cuts));
 }
 
-TEST_F(LibraryRunner, ATrimThatFailsIsAnError) {
+TEST_F(LibraryRunner, ClipsThatAreGoneAreToldOfAndTheOthersCut) {
+  fs::copy_file(makeVideo(movingPicture(10), h264({"-g", "25"}), "mp4"), library() / "a.mp4");
+  for (const char* name : {"a.mp4", "b.mp4"})
+    add(description(name, "One."));
+  const fs::path cuts = folder / "cuts";
+  EXPECT_EQ(run("trim", {"--into", cuts.string()}), notAllDone);
+  EXPECT_EQ(errors.str(), "tarquel-library: File not found: b.mp4\nTrimming 1 clip…\n");
+  EXPECT_EQ(out.str(), "Trimmed 1 clip → cuts\n");
+  EXPECT_THAT(namesIn(cuts), ElementsAre("a_00.mp4"));
+}
+
+TEST_F(LibraryRunner, WhenAllClipsAreGoneNoFolderIsMade) {
   addThree();
+  const fs::path cuts = folder / "cuts";
+  EXPECT_EQ(run("trim", {"--into", cuts.string()}), notAllDone);
+  EXPECT_EQ(errors.str(),
+            "tarquel-library: File not found: a.mov\n"
+            "tarquel-library: File not found: b.mov\n"
+            "tarquel-library: No source videos found to trim.\n");
+  EXPECT_FALSE(fs::exists(cuts));
+}
+
+TEST_F(LibraryRunner, ATrimThatFailsIsAnError) {
+  add(description("a.mov", "A street."));
+  folder.write("library/a.mov", "no clip");
   EXPECT_THAT(errorOf("trim", {"--into", (folder / "cuts").string()}),
               AllOf(StartsWith("Clip trim failed: "), EndsWith("ffmpeg trim of a.mov range 0 exit 1")));
   folder.write("file", "");
@@ -293,6 +344,7 @@ TEST_F(LibraryRunner, ATrimThatFailsIsAnError) {
 TEST_F(LibraryRunner, ATrimNeverReplacesAClip) {
   add(description("a.mov", "One."));
   add(description("a_00.mov", "Two."));
+  folder.write("library/a.mov", "clip");
   folder.write("library/a_00.mov", "clip");
   EXPECT_EQ(errorOf("trim", {"one", "--into", library().string()}),
             (library() / "a_00.mov").string() + " is a clip of the library and is not replaced.");

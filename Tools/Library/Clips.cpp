@@ -95,6 +95,9 @@ Selection selectClips(const Clips& clips, const Options& options, const Environm
   } else {
     selection.found = ranked(LibraryModel::filter(clips.sidecars, options.query, options.facets, limit));
   }
+  if (!options.limit && selection.found.size() == standardLimit)
+    note(environment,
+         "A search takes " + std::to_string(standardLimit) + " clips at most; --limit sets another number.");
   return selection;
 }
 

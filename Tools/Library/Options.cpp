@@ -146,7 +146,8 @@ facets all clips are taken.
 
   --recursive             look in the folders below, too
   --facet FIELD=VALUE     only clips with it; of one field any value will do
-  --limit N               no more than so many clips (500)
+  --limit N               no more than so many clips; a search without it
+                          takes 500 at most
   --semantic              rank by meaning as well; descriptions go to an
                           embedding service as the settings have it, once each
   --embedder KIND         ollama or openai (any server of that kind)

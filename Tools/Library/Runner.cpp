@@ -46,6 +46,10 @@ void failingAs(std::string (*inWords)(std::string_view), Action action) {
   }
 }
 
+std::string missing(const Clips& clips, const fs::path& file) {
+  return TQError::fileNotFound(clips.shownPath(file)).description();
+}
+
 std::string badge(const DescriptionResult& result) {
   if (result.flagged == true) return "Refused";
   return result.reviewFlag == true ? "Needs review" : "";
@@ -78,6 +82,7 @@ ExitStatus facets(const Options& options, const Environment& environment, const 
       for (const FacetValue& value : values->second)
         table.add({std::string(rawValue(field)), std::to_string(value.count), value.value});
   table.print(environment.out, environment.terminalColumns);
+  note(environment, LibraryTexts::counts(clips.sidecars));
   return tools::allDone;
 }
 
@@ -90,6 +95,7 @@ ExitStatus index(const Options& options, const Environment& environment, const s
     writeFolderIndex(clips.folder, IndexBuilder::build(clips.folder, descriptions, environment.clock->now()));
   });
   environment.out << LibraryTexts::wroteIndex << "\n";
+  note(environment, LibraryTexts::counts(clips.sidecars));
   return tools::allDone;
 }
 
@@ -103,6 +109,14 @@ void refuseToReplaceClips(const std::vector<fs::path>& outputs, const Clips& cli
       throw std::runtime_error(output.string() + " is a clip of the library and is not replaced.");
 }
 
+/// A device or a pipe is not written into but replaced; behind a link, such as /dev/stdout, the link would be.
+void refuseToReplaceDevices(const std::vector<fs::path>& outputs) {
+  std::error_code unknown;
+  for (const fs::path& output : outputs)
+    if (fs::is_other(fs::status(output, unknown)))
+      throw std::runtime_error(output.string() + " is a device or a pipe and is not replaced.");
+}
+
 ExitStatus exportTimelines(const Options& options, const Environment& environment, const std::stop_token& stop) {
   const Clips clips = loadClips(options, environment, stop);
   const Selection selection = selectClips(clips, options, environment, stop);
@@ -112,6 +126,7 @@ ExitStatus exportTimelines(const Options& options, const Environment& environmen
   for (const auto& [format, file] : options.exports)
     files.push_back(file);
   refuseToReplaceClips(files, clips);
+  refuseToReplaceDevices(files);
   for (const auto& [format, file] : options.exports) {
     const std::string text = LibraryExport::text(format, items, options.query);
     failingAs(LibraryTexts::exportFailed, [&] { writeFileAtomically(file, viewOf(text)); });
@@ -136,10 +151,20 @@ void warnOfSharedOutputs(const std::vector<fs::path>& outputs, const Environment
       complain(environment, "More than one clip is cut into " + output.string() + "; the last one stays.");
 }
 
+/// Takes the clips that are gone out of `items` and tells of them. False when there were any.
+bool leaveOutMissing(std::vector<ExportItem>& items, const Clips& clips, const Environment& environment) {
+  return std::erase_if(items, [&](const ExportItem& item) {
+           const bool isMissing = !fileExists(item.mediaURL);
+           if (isMissing) complain(environment, missing(clips, item.mediaURL));
+           return isMissing;
+         }) == 0;
+}
+
 ExitStatus trim(const Options& options, const Environment& environment, const std::stop_token& stop) {
   const Clips clips = loadClips(options, environment, stop);
   const Selection selection = selectClips(clips, options, environment, stop);
-  const std::vector<ExportItem> items = LibraryExport::items(selection.sidecars());
+  std::vector<ExportItem> items = LibraryExport::items(selection.sidecars());
+  const bool areAllThere = leaveOutMissing(items, clips, environment);
   if (items.empty()) return failed(environment, LibraryTexts::noVideosToTrim);
   const std::optional<FFmpegBridge> bridge = findTools(environment);
   if (!bridge) return failed(environment, LibraryTexts::ffmpegNotFound);
@@ -154,7 +179,7 @@ ExitStatus trim(const Options& options, const Environment& environment, const st
   failingAs(LibraryTexts::trimFailed,
             [&] { ClipExporter::run(items, *options.into, *bridge, options.reencode, stop); });
   environment.out << tools::printable(LibraryTexts::trimmed(outputs.size(), *options.into)) << "\n";
-  return statusOf(selection);
+  return areAllThere ? statusOf(selection) : tools::notAllDone;
 }
 
 ExitStatus rerate(const Options& options, const Environment& environment, const std::stop_token& stop) {
@@ -163,7 +188,7 @@ ExitStatus rerate(const Options& options, const Environment& environment, const 
   bool isEmpty = true;
   for (const RerateCandidate& candidate : LibraryModel::rerateCandidates(clips.sidecars, options.includeRefusals)) {
     if (!fileExists(candidate.sourceURL)) {
-      complain(environment, TQError::fileNotFound(clips.shownPath(candidate.sourceURL)).description());
+      complain(environment, missing(clips, candidate.sourceURL));
       continue;
     }
     table.add({clips.shownPath(candidate.sourceURL), candidate.reason.value_or("")});
