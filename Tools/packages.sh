@@ -5,7 +5,7 @@ build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev 
   libturbojpeg0-dev)
 run_packages=(ffmpeg ca-certificates)
 test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils)
-bench_packages=(libbenchmark-dev)
+bench_packages=(libbenchmark-dev libsqlite3-dev ripgrep wamerican)
 
 # missing_packages NAME...: those of the names that are not installed, one a line.
 missing_packages() {

@@ -7,7 +7,7 @@
 
 #include "Benchmarks/Compare/Contests.hpp"
 #include "Benchmarks/Compare/Memory.hpp"
-#include "Benchmarks/Compare/Options.hpp"
+#include "Benchmarks/Shared/Options.hpp"
 #include "Benchmarks/Shared/Report.hpp"
 
 namespace {
@@ -24,13 +24,13 @@ void writePeak(double pictures) {
 void compare(const Options& options) {
   writeMachine(std::cout);
   writeHead(std::cout);
-  for (const Contest& contest : allContests(options.clips)) {
+  for (const Contest& contest : allContests(options.folder)) {
     if (contest.subject.find(options.only) == std::string::npos || (contest.slow && options.quick)) continue;
     if (contest.check) contest.check();
     for (const Outcome& outcome : measure(contest, options.rounds))
       writeRow(std::cout, outcome);
   }
-  writePeak(peakInPictures(options.clips / "h264-8k.mp4"));
+  writePeak(peakInPictures(options.folder / "h264-8k.mp4"));
 }
 
 }  // namespace
@@ -40,7 +40,7 @@ int main(int count, char** arguments) try {
   if (words.size() == 2 && words[0] == "--report-peak") {
     extractAndReportPeak(words[1]);
   } else {
-    compare(Options::parse(words));
+    compare(Options::parse("compare-frames", words));
   }
   return 0;
 } catch (const std::exception& error) {
