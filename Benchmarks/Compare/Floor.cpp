@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <turbojpeg.h>
 
+#include "TQPlatform/JPEGColours.hpp"
 #include "TQPlatform/Libav.hpp"
 
 extern "C" {
@@ -112,17 +113,24 @@ class Reader {
   bool drained_ = true;
 };
 
-/// Scales planar frames of one size and format to another.
+libav::Owned<AVFrame> makePlanes(int width, int height, AVPixelFormat format) {
+  auto frame = libav::makeFrame();
+  frame->width = width;
+  frame->height = height;
+  frame->format = format;
+  frame->color_range = AVCOL_RANGE_JPEG;
+  av_frame_get_buffer(frame.get(), 0);
+  return frame;
+}
+
+/// Scales planar frames of one size and format to another; grey ones become full range, the others keep theirs.
 class Scaler {
  public:
-  Scaler(const AVFrame& source, int width, int height, AVPixelFormat format, int filter) {
-    target_->width = width;
-    target_->height = height;
-    target_->format = format;
-    target_->color_range = AVCOL_RANGE_JPEG;
-    av_frame_get_buffer(target_.get(), 0);
+  Scaler(const AVFrame& source, int width, int height, AVPixelFormat format, int filter)
+      : target_(makePlanes(width, height, format)) {
     context_.reset(sws_alloc_context());
-    const bool fullRange = source.color_range == AVCOL_RANGE_JPEG;
+    const bool grey = format == AV_PIX_FMT_GRAY8;
+    const bool fullRange = grey && source.color_range == AVCOL_RANGE_JPEG;
     const std::pair<const char*, std::int64_t> settings[] = {
         {"srcw", source.width},
         {"srch", source.height},
@@ -131,14 +139,13 @@ class Scaler {
         {"dstw", width},
         {"dsth", height},
         {"dst_format", format},
-        {"dst_range", 1},
+        {"dst_range", grey},
         {"sws_flags", filter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP}};
     for (const auto& [name, value] : settings)
       av_opt_set_int(context_.get(), name, value, 0);
     if (sws_init_context(context_.get(), nullptr, nullptr) < 0) throw std::runtime_error("cannot be scaled");
-    const int* to = sws_getCoefficients(SWS_CS_ITU601);
-    const int* from = format == AV_PIX_FMT_GRAY8 ? to : sws_getCoefficients(SWS_CS_ITU709);
-    sws_setColorspaceDetails(context_.get(), from, fullRange, to, 1, 0, 1 << 16, 1 << 16);
+    const int* same = sws_getCoefficients(SWS_CS_ITU601);
+    sws_setColorspaceDetails(context_.get(), same, fullRange, same, grey, 0, 1 << 16, 1 << 16);
   }
 
   const AVFrame& scale(const AVFrame& source) {
@@ -148,7 +155,7 @@ class Scaler {
 
  private:
   libav::Owned<SwsContext> context_;
-  libav::Owned<AVFrame> target_ = libav::makeFrame();
+  libav::Owned<AVFrame> target_;
 };
 
 Bytes encode(tjhandle encoder, const AVFrame& frame, int quality) {
@@ -186,15 +193,19 @@ std::vector<Bytes> floorFrames(const std::filesystem::path& clip, const std::vec
   Reader reader(clip, threads);
   const std::unique_ptr<void, decltype(&tjDestroy)> encoder(tjInitCompress(), &tjDestroy);
   std::optional<Scaler> scaler;
+  libav::Owned<AVFrame> planes;
   std::vector<Bytes> frames;
   for (std::size_t index = 0; index < times.size(); ++index) {
     const AVFrame& frame = reader.at(times, index);
     if (!scaler) {
       const double scale = std::min(1.0, static_cast<double>(maxEdge) / std::max(frame.width, frame.height));
-      scaler.emplace(frame, static_cast<int>(std::lround(frame.width * scale)),
-                     static_cast<int>(std::lround(frame.height * scale)), AV_PIX_FMT_YUV420P, SWS_BICUBIC);
+      const int width = static_cast<int>(std::lround(frame.width * scale));
+      const int height = static_cast<int>(std::lround(frame.height * scale));
+      scaler.emplace(frame, width, height, AV_PIX_FMT_YUV420P10, SWS_BICUBIC);
+      planes = makePlanes(width, height, AV_PIX_FMT_YUV420P);
     }
-    frames.push_back(encode(encoder.get(), scaler->scale(frame), quality));
+    toJPEGColours(scaler->scale(frame), {.matrix = SWS_CS_ITU709}, *planes);
+    frames.push_back(encode(encoder.get(), *planes, quality));
   }
   return frames;
 }

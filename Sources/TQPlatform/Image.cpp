@@ -7,6 +7,7 @@
 #include <turbojpeg.h>
 
 #include "TQPlatform/ImageStorage.hpp"
+#include "TQPlatform/JPEGColours.hpp"
 #include "TQPlatform/ToneMap.hpp"
 
 extern "C" {
@@ -78,36 +79,55 @@ int matrixOf(const AVFrame& frame) {
   }
 }
 
-bool isRGB(AVPixelFormat format) {
-  return (av_pix_fmt_desc_get(format)->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+VideoColours coloursOf(const AVFrame& frame) {
+  VideoColours colours{.matrix = matrixOf(frame)};
+  const AVPixelFormat format = plainFormat(frame, colours.fullRange);
+  colours.depth = av_pix_fmt_desc_get(format)->comp[0].depth;
+  return colours;
 }
 
-libav::Owned<AVFrame> convertAtOnce(const AVFrame& source, int width, int height, AVPixelFormat format, int filter) {
-  bool fullRange = false;
-  const AVPixelFormat sourceFormat = plainFormat(source, fullRange);
+bool isRGB(const AVFrame& frame) {
+  return (av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format))->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+}
+
+bool hasChroma(const AVFrame& frame) {
+  return !isRGB(frame) && av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format))->nb_components >= 3;
+}
+
+/// How libswscale changes a picture. Equal colours on both sides leave the numbers as they are; different matrices send
+/// planes through red, green and blue, which takes many times as long.
+struct Conversion {
+  AVPixelFormat format;
+  int filter;
+  VideoColours from, to;
+};
+
+constexpr VideoColours coloursOfJPEG{.matrix = SWS_CS_ITU601, .fullRange = true};
+
+libav::Owned<AVFrame> convertAtOnce(const AVFrame& source, int width, int height, const Conversion& conversion) {
+  bool ignored = false;
+  const AVPixelFormat sourceFormat = plainFormat(source, ignored);
   if (!sws_isSupportedInput(sourceFormat)) throw ImageError("the pixel format is not known");
-  auto target = allocate(width, height, format);
+  auto target = allocate(width, height, conversion.format);
   libav::Owned<SwsContext> scaler(sws_alloc_context());
   if (!scaler) throw std::bad_alloc();
+  const auto& [format, filter, from, to] = conversion;
   // The ranges must be known when the scaler is set up: only then does it see that equal formats need work too.
   const std::pair<const char*, std::int64_t> settings[] = {
       {"srcw", source.width},
       {"srch", source.height},
       {"src_format", sourceFormat},
-      {"src_range", fullRange},
+      {"src_range", from.fullRange},
       {"dstw", width},
       {"dsth", height},
       {"dst_format", format},
-      {"dst_range", 1},
+      {"dst_range", to.fullRange},
       {"sws_flags", filter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP}};
   for (const auto& [name, value] : settings)
     av_opt_set_int(scaler.get(), name, value, 0);
   if (sws_init_context(scaler.get(), nullptr, nullptr) < 0) throw ImageError("the picture cannot be scaled");
-  // Grey takes the luma as it is; a matrix would only send it through red, green and blue.
-  const bool throughMatrix = format != AV_PIX_FMT_GRAY8 || isRGB(sourceFormat);
-  const int* to = sws_getCoefficients(SWS_CS_ITU601);
-  const int* from = throughMatrix ? sws_getCoefficients(matrixOf(source)) : to;
-  sws_setColorspaceDetails(scaler.get(), from, fullRange, to, 1, 0, 1 << 16, 1 << 16);
+  sws_setColorspaceDetails(scaler.get(), sws_getCoefficients(from.matrix), from.fullRange,
+                           sws_getCoefficients(to.matrix), to.fullRange, 0, 1 << 16, 1 << 16);
   if (sws_scale(scaler.get(), source.data, source.linesize, 0, source.height, target->data, target->linesize) != height)
     throw ImageError("the picture cannot be scaled");
   return target;
@@ -122,11 +142,35 @@ int onTheWay(int from, int to, int steepest) {
 
 /// In several steps where the picture shrinks much: for filters that wide libswscale takes two steps of its own, and
 /// they stretch the range of the levels twice.
-libav::Owned<AVFrame> convert(const AVFrame& source, int width, int height, AVPixelFormat format, int filter) {
+libav::Owned<AVFrame> convert(const AVFrame& source, int width, int height, const Conversion& conversion) {
   constexpr int steepest = 32;
   const int nextWidth = onTheWay(source.width, width, steepest), nextHeight = onTheWay(source.height, height, steepest);
-  auto next = convertAtOnce(source, nextWidth, nextHeight, format, filter);
-  return nextWidth == width && nextHeight == height ? std::move(next) : convert(*next, width, height, format, filter);
+  auto next = convertAtOnce(source, nextWidth, nextHeight, conversion);
+  if (nextWidth == width && nextHeight == height) return next;
+  return convert(*next, width, height, {conversion.format, conversion.filter, conversion.to, conversion.to});
+}
+
+/// The planes of a JPEG, with or without subsampled chroma.
+libav::Owned<AVFrame> jpegPlanes(const AVFrame& source, int width, int height, bool subsampled) {
+  const AVPixelFormat format = subsampled ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_YUV444P;
+  const VideoColours colours = coloursOf(source);
+  if (!hasChroma(source) || colours == coloursOfJPEG)
+    return convert(source, width, height, {format, SWS_BICUBIC, colours, coloursOfJPEG});
+  // Ten bits keep what the scaler has computed; the numbers pass it as they are, whatever range they have.
+  const VideoColours untouched{.matrix = colours.matrix};
+  const AVPixelFormat tenBits = subsampled ? AV_PIX_FMT_YUV420P10 : AV_PIX_FMT_YUV444P10;
+  const auto scaled = convert(source, width, height, {tenBits, SWS_BICUBIC, untouched, untouched});
+  auto target = allocate(width, height, format);
+  toJPEGColours(*scaled, colours, *target);
+  return target;
+}
+
+/// The planes of a JPEG for a picture that is brighter than ordinary displays.
+libav::Owned<AVFrame> toneMappedPlanes(const AVFrame& source, int width, int height, bool subsampled) {
+  const auto bright = convert(source, width, height, {AV_PIX_FMT_RGB48, SWS_BICUBIC, coloursOf(source), coloursOfJPEG});
+  auto display = allocate(width, height, AV_PIX_FMT_RGB24);
+  toneMap(*bright, source.color_trc, *display);
+  return jpegPlanes(*display, width, height, subsampled);
 }
 
 /// Height of a plane in samples and its width, for 8-bit planar formats.
@@ -236,18 +280,11 @@ Image Image::scaled(int width, int height) const {
   const auto [transposed, mirroredX, mirroredY] = storage_->orientation;
   // A mirrored picture of odd size would put its chroma half a sample beside its luma.
   const bool odd = (width % 2 != 0 && mirroredX) || (height % 2 != 0 && mirroredY);
-  const AVPixelFormat format = odd ? AV_PIX_FMT_YUV444P : AV_PIX_FMT_YUV420P;
   const int storedWidth = transposed ? height : width;
   const int storedHeight = transposed ? width : height;
-  libav::Owned<AVFrame> stored;
-  if (isHighDynamicRange(*storage_->frame)) {
-    auto linear = convert(*storage_->frame, storedWidth, storedHeight, AV_PIX_FMT_RGB48, SWS_BICUBIC);
-    auto display = allocate(storedWidth, storedHeight, AV_PIX_FMT_RGB24);
-    toneMap(*linear, storage_->frame->color_trc, *display);
-    stored = convert(*display, storedWidth, storedHeight, format, SWS_BICUBIC);
-  } else {
-    stored = convert(*storage_->frame, storedWidth, storedHeight, format, SWS_BICUBIC);
-  }
+  auto stored = isHighDynamicRange(*storage_->frame)
+                    ? toneMappedPlanes(*storage_->frame, storedWidth, storedHeight, !odd)
+                    : jpegPlanes(*storage_->frame, storedWidth, storedHeight, !odd);
   auto frame = oriented(std::move(stored), storage_->orientation);
   padLuma(*frame);
   return imageOf(std::move(frame), true);
@@ -255,8 +292,11 @@ Image Image::scaled(int width, int height) const {
 
 Bytes Image::luma(int width, int height) const {
   const bool transposed = storage_->orientation.transposed;
-  auto stored =
-      convert(*storage_->frame, transposed ? height : width, transposed ? width : height, AV_PIX_FMT_GRAY8, SWS_AREA);
+  VideoColours colours = coloursOf(*storage_->frame);
+  // Grey takes the luma as it is; a matrix would only send it through red, green and blue.
+  if (!isRGB(*storage_->frame)) colours.matrix = coloursOfJPEG.matrix;
+  auto stored = convert(*storage_->frame, transposed ? height : width, transposed ? width : height,
+                        {AV_PIX_FMT_GRAY8, SWS_AREA, colours, coloursOfJPEG});
   const auto frame = oriented(std::move(stored), storage_->orientation);
   Bytes result;
   result.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
