@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <system_error>
 
+#include "TarquelApp/Desktop/BusCall.hpp"
 #include "TarquelApp/Text.hpp"
 
 namespace tq {
@@ -37,7 +38,7 @@ void FileBrowser::show(const std::filesystem::path& file) {
   const std::filesystem::path path = std::filesystem::absolute(file, error);
   if (file.empty() || error) return;
 
-  const auto asked = bus_.asyncCall(showItems(qtFileURL(path)), static_cast<int>(patience_.count()));
+  const auto asked = askBus(bus_, showItems(qtFileURL(path)), static_cast<int>(patience_.count()));
   auto* answer = new QDBusPendingCallWatcher(asked, this);
   connect(answer, &QDBusPendingCallWatcher::finished, this, [answer, folder = folderOf(path)] {
     answer->deleteLater();

@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "TarquelApp/Desktop/BusCall.hpp"
+
 namespace tq {
 
 namespace {
@@ -17,7 +19,7 @@ void Inhibition::want(std::function<void()> refused) {
   refused_ = std::move(refused);
   if (held_ || isAsking_) return;
   isAsking_ = true;
-  auto* answer = new QDBusPendingCallWatcher(bus_.asyncCall(request_, noLimit));
+  auto* answer = new QDBusPendingCallWatcher(askBus(bus_, request_, noLimit));
   QObject::connect(answer, &QDBusPendingCallWatcher::finished, answer, [answer, self = shared_from_this()] {
     answer->deleteLater();
     self->isAsking_ = false;
