@@ -4,7 +4,7 @@ build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev 
   libcurl4-openssl-dev libssl-dev uuid-dev qt6-base-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
   libturbojpeg0-dev)
 run_packages=(ffmpeg ca-certificates)
-test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils)
+test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils dbus-daemon desktop-file-utils appstream)
 bench_packages=(libbenchmark-dev libsqlite3-dev ripgrep wamerican)
 
 # missing_packages NAME...: those of the names that are not installed, one a line.
