@@ -107,7 +107,9 @@ TEST_F(LibrarySemantic, AServiceThatFailsLeavesTheWordsAndIsToldOf) {
   session->answer(401, R"({"error": "no key"})");
   EXPECT_EQ(search("campfire"), notAllDone);
   EXPECT_EQ(out.str(), "100%\ta.mov\t0:10\t\tPeople around a campfire.\n");
-  EXPECT_THAT(errors.str(), StartsWith("tarquel-library: Only the words were searched, not the meaning: "));
+  EXPECT_THAT(
+      errors.str(),
+      StartsWith("tarquel-library: Only the words were searched, not the meaning. The embedding service failed: "));
   EXPECT_THAT(errors.str(), HasSubstr("401"));
 }
 
@@ -117,13 +119,15 @@ TEST_F(LibrarySemantic, AServiceThatFailsOnTheQueryAloneIsToldOf) {
   session->answer(400, "no");
   EXPECT_EQ(search("motorway"), notAllDone);
   EXPECT_THAT(out.str(), HasSubstr("b.mov"));
-  EXPECT_THAT(errors.str(), StartsWith("tarquel-library: Only the words were searched, not the meaning: "));
+  EXPECT_THAT(
+      errors.str(),
+      StartsWith("tarquel-library: Only the words were searched, not the meaning. The embedding service failed: "));
 }
 
 TEST_F(LibrarySemantic, AWrongNumberOfVectorsIsToldOf) {
   session->answer(200, vectors({"[1, 0]"}));
   EXPECT_EQ(search("campfire"), notAllDone);
-  EXPECT_THAT(errors.str(), HasSubstr("Only the words were searched, not the meaning: "));
+  EXPECT_THAT(errors.str(), HasSubstr("Only the words were searched, not the meaning. The embedding service failed: "));
 }
 
 TEST_F(LibrarySemantic, VectorsThatCannotBeKeptSpoilNoSearch) {

@@ -77,7 +77,8 @@ SemanticMatches searchByMeaning(const Clips& clips, const Options& options, std:
                                        semanticWeight, stop);
   throwIfStopped(stop);
   if (!failure) failure = embedder.failure();
-  if (failure) complain(environment, "Only the words were searched, not the meaning: " + *failure);
+  if (failure)
+    complain(environment, "Only the words were searched, not the meaning. The embedding service failed: " + *failure);
   found.isWhole = !failure;
   return found;
 }
