@@ -155,7 +155,8 @@ facets all clips are taken.
   --model NAME            the model of the embedder
   --fcpxml, --edl, --csv FILE   what export writes; one that exists is replaced
   --into FOLDER           where trim puts its files; those there are replaced
-  --reencode              cut exactly, not at the key frames; takes long
+  --reencode              cut exactly, not at the key frames; takes long, and
+                          not for webm and mxf, which cannot hold the result
   --include-refusals      rerate: also clips that a model refused
   --help, --version
   --                      everything after it is no option
