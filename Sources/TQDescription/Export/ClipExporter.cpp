@@ -1,15 +1,14 @@
 #include "TQDescription/Export/ClipExporter.hpp"
 
 #include <algorithm>
-#include <system_error>
 
 #include "TQCore/TQError.hpp"
 #include "TQDescription/SidecarNames.hpp"
 #include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/Files.hpp"
 #include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/ScratchFolder.hpp"
 #include "TQPlatform/SystemError.hpp"
-#include "TQPlatform/UUID.hpp"
 
 namespace tq {
 
@@ -17,32 +16,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A hidden folder beside the outputs, on their file system, in which an output takes shape under its own name.
-class Workshop {
- public:
-  explicit Workshop(const fs::path& folder) : path_(folder / (".tarquel-trim-" + UUID::random().text())) {
-    try {
-      createFolders(path_);
-    } catch (const SystemError& error) {
-      throw SystemError(error.code().value(), folder);
-    }
-  }
-  ~Workshop() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  Workshop(const Workshop&) = delete;
-  Workshop& operator=(const Workshop&) = delete;
-
-  fs::path operator/(const fs::path& name) const { return path_ / name; }
-
- private:
-  fs::path path_;
-};
-
 /// ffmpeg ends with status 0 as well when the disk fills up under the last part of a file. That the disk takes a little
 /// more shows that it did not.
-void requireRoom(const Workshop& workshop) {
+void requireRoom(const ScratchFolder& workshop) {
   const Bytes little(std::size_t{64} * 1024);
   writeFileAtomically(workshop / "room", little);
 }
@@ -51,7 +27,7 @@ void trim(const ExportItem& item, std::size_t index, const fs::path& target, con
           const std::stop_token& stop) {
   FFmpegBridge::requireOwnClip(item.mediaURL);
   const ExportRange& range = item.ranges[index];
-  const Workshop workshop(target.parent_path());
+  const ScratchFolder workshop(target.parent_path());
   const fs::path unfinished = workshop / target.filename();
   const int status =
       bridge
@@ -95,6 +71,7 @@ fs::path ClipExporter::outputURL(const ExportItem& item, std::size_t range, cons
 void ClipExporter::run(const std::vector<ExportItem>& items, const fs::path& outputFolder, const FFmpegBridge& bridge,
                        bool reencode, const std::stop_token& stop) {
   createFolders(outputFolder);
+  removeAbandonedScratchFolders(outputFolder);
   for (const ExportItem& item : items)
     for (std::size_t index = 0; index < item.ranges.size(); ++index) {
       throwIfStopped(stop);

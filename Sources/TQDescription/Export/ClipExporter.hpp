@@ -25,7 +25,7 @@ struct ClipExporter {
 
   /// Creates `outputFolder` and writes every range into it, strictly one after the other. What stands under an output's
   /// name is replaced, without a question, once the new file is whole; a range that fails leaves it alone. The first
-  /// failure ends the run, and the files of earlier ranges stay.
+  /// failure ends the run, and the files of earlier ranges stay. What a killed run left half written is removed first.
   ///
   /// Throws `SystemError` when the folder cannot be used, `TQError::frameExtractionFailed` when ffmpeg fails
   /// and for a clip that is none of its own (see `FFmpegBridge::requireOwnClip`), `TQError::outputWriteFailed` when the

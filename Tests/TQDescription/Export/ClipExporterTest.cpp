@@ -156,6 +156,12 @@ TEST_F(ClipExporterRun, AFolderThatExistsKeepsItsFiles) {
   EXPECT_THAT(namesIn(out()), ElementsAre("a_00.mov", "other.txt"));
 }
 
+TEST_F(ClipExporterRun, WhatAKilledRunLeftHalfWrittenIsRemoved) {
+  folder_.write("out/.tarquel-0A1B2C3D-0000-4000-8000-00000000000F.work/a_00.mov", "half");
+  ClipExporter::run({exportItem("a.mov", {{0, 1, {}}})}, out(), toolThat(), false);
+  EXPECT_THAT(namesIn(out()), ElementsAre("a_00.mov"));
+}
+
 TEST_F(ClipExporterRun, AnEarlierExportIsReplaced) {
   folder_.write("out/a_00.mov", "an older and longer export");
   ClipExporter::run({exportItem("a.mov", {{0, 1, {}}})}, out(), toolThat(), false);
