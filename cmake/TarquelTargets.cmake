@@ -5,6 +5,7 @@ include(Layers)
 # tq_layer(<name>): the static library of Sources/<name>, linked to every layer below it.
 function(tq_layer name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.hpp)
+  list(FILTER sources EXCLUDE REGEX "/Program/")
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PUBLIC tq_options)
   foreach(below IN LISTS TQ_LAYERS)

@@ -27,6 +27,7 @@ class JobList {
     virtual ~Observer() = default;
     virtual void rowsWillBeAppended(std::size_t /*count*/) {}
     virtual void rowsWereAppended() {}
+    /// A stretch of rows of one status.
     virtual void rowsWillBeRemoved(std::size_t /*first*/, std::size_t /*last*/) {}
     virtual void rowsWereRemoved() {}
     virtual void rowWasReplaced(std::size_t /*row*/, const Job& /*before*/, const Job& /*after*/) {}

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "TQCore/TQError.hpp"
+#include "TQCore/VideoExtensions.hpp"
 #include "TQPersistence/FileLock.hpp"
 #include "TQPipeline/ConfiguredEngine.hpp"
 #include "TQPlatform/HomeFolder.hpp"
-#include "TarquelApp/Text.hpp"
 
 namespace tq {
 
@@ -79,9 +79,31 @@ void AppState::setUIState(const UIState& state) {
   Q_EMIT uiStateChanged();
 }
 
+AppMode AppState::mode() const {
+  return fromRawValue<AppMode>(uiState_.contentMode.value_or("")).value_or(AppMode::queue);
+}
+
+void AppState::setMode(AppMode mode) {
+  UIState state = uiState_;
+  state.contentMode = rawValue(mode);
+  setUIState(state);
+}
+
+void AppState::find() {
+  setMode(AppMode::library);
+  setPendingSearchFocus(true);
+}
+
+void AppState::useMockProvider() {
+  AppSettings settings = settings_;
+  settings.providerId = "mock";
+  setSettings(settings);
+  saveSettings();
+  setNeedsOnboarding(!isProviderReady(settings_, *secrets_));
+}
+
 QString AppState::selectedJobID() const {
-  const auto& id = queue_.selectedJobID();
-  return id ? qtText(id->text()) : QString();
+  return selection() ? qtText(selection()->text()) : QString();
 }
 
 void AppState::setSelectedJobID(const QString& id) {
@@ -101,6 +123,15 @@ void AppState::setNeedsOnboarding(bool needed) {
 
 void AppState::setLastError(const QString& message) {
   if (std::exchange(lastError_, message) != message) Q_EMIT lastErrorChanged();
+}
+
+QStringList AppState::videoNamePatterns() const {
+  QStringList patterns;
+  for (const std::string_view extension : VideoExtensions::supported) {
+    const QString pattern = QStringLiteral("*.") + qtText(extension);
+    patterns << pattern << pattern.toUpper();
+  }
+  return patterns;
 }
 
 void AppState::setPendingSearchFocus(bool pending) {

@@ -3,7 +3,9 @@
 #include <QAbstractItemModel>
 #include <QList>
 #include <QObject>
+#include <QQmlEngine>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 #include <memory>
 #include <optional>
@@ -17,8 +19,10 @@
 #include "TQPersistence/UIState.hpp"
 #include "TQPipeline/JobStages.hpp"
 #include "TQPipeline/WorkQueue.hpp"
+#include "TarquelApp/AppMode.hpp"
 #include "TarquelApp/JobListModel.hpp"
 #include "TarquelApp/MainThread.hpp"
+#include "TarquelApp/Text.hpp"
 
 namespace tq {
 
@@ -26,13 +30,17 @@ namespace tq {
 /// logic. Lives on the main thread; none of its operations waits for the engine, for a folder or for the queue's file.
 class AppState : public QObject, private WorkQueue::Observer {
   Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("The program has one.")
   Q_PROPERTY(tq::AppSettings settings READ settings WRITE setSettings NOTIFY settingsChanged)
   Q_PROPERTY(tq::UIState uiState READ uiState WRITE setUIState NOTIFY uiStateChanged)
-  Q_PROPERTY(QAbstractItemModel* jobs READ jobs CONSTANT)
+  Q_PROPERTY(QString mode READ modeText WRITE setModeText NOTIFY uiStateChanged)
+  Q_PROPERTY(tq::JobListModel* jobs READ jobs CONSTANT)
   Q_PROPERTY(QString selectedJobID READ selectedJobID WRITE setSelectedJobID NOTIFY selectedJobIDChanged)
   Q_PROPERTY(int activeJobCount READ activeJobCount NOTIFY activeJobCountChanged)
   Q_PROPERTY(bool needsOnboarding READ needsOnboarding WRITE setNeedsOnboarding NOTIFY needsOnboardingChanged)
   Q_PROPERTY(QString lastError READ lastError WRITE setLastError NOTIFY lastErrorChanged)
+  Q_PROPERTY(QStringList videoNamePatterns READ videoNamePatterns CONSTANT)
   Q_PROPERTY(bool watcherActive READ watcherActive NOTIFY watcherActiveChanged)
   Q_PROPERTY(
       bool pendingSearchFocus READ pendingSearchFocus WRITE setPendingSearchFocus NOTIFY pendingSearchFocusChanged)
@@ -66,12 +74,21 @@ class AppState : public QObject, private WorkQueue::Observer {
   /// Also saves it; a failure there is dropped.
   void setUIState(const UIState& state);
 
-  /// The queue in order of entry.
+  /// What the window shows, and remembers to show again. The view knows a mode by its raw value.
+  AppMode mode() const;
+  void setMode(AppMode mode);
+  QString modeText() const { return qtText(rawValue(mode())); }
+  void setModeText(const QString& text) { setMode(fromRawValue<AppMode>(textOf(text)).value_or(AppMode::queue)); }
+
+  /// The queue as the sidebar shows it.
   JobListModel* jobs() { return &jobs_; }
+
+  /// The queue in order of entry.
   const JobList& jobList() const { return queue_.jobs(); }
 
   /// Text of a UUID; empty: none. May name a job that is not in the queue any more.
   QString selectedJobID() const;
+  const std::optional<UUID>& selection() const { return queue_.selectedJobID(); }
   void setSelectedJobID(const QString& id);
 
   /// How many jobs have not ended: the number on the application's badge.
@@ -87,11 +104,20 @@ class AppState : public QObject, private WorkQueue::Observer {
   QString lastError() const { return lastError_; }
   void setLastError(const QString& message);
 
+  /// Names of clips, for a file dialog: "*.mov", "*.MOV" and so on.
+  QStringList videoNamePatterns() const;
+
   bool watcherActive() const { return watcher_.isActive(); }
 
   /// A menu command asks the library to focus its search field.
   bool pendingSearchFocus() const { return pendingSearchFocus_; }
   void setPendingSearchFocus(bool pending);
+
+  /// Shows the library and asks it to focus its search field.
+  Q_INVOKABLE void find();
+
+  /// Has clips described by the built-in model, which needs no key and looks at nothing: a way to see how it all works.
+  Q_INVOKABLE void useMockProvider();
 
   /// Takes in clips and folders from a drop, the open panel or another program. What is no local file is skipped.
   Q_INVOKABLE void enqueue(const QList<QUrl>& urls);

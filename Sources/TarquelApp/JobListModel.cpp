@@ -2,8 +2,9 @@
 
 #include <QList>
 #include <QUrl>
+#include <algorithm>
 #include <array>
-#include <string>
+#include <string_view>
 
 #include "TarquelApp/Text.hpp"
 
@@ -11,58 +12,9 @@ namespace tq {
 
 namespace {
 
-struct StatusWords {
-  std::string_view label;
-  std::string_view section;
-  bool isWorking;
-  bool canRetry;
-  bool canCancel;
-};
-
-/// In the order of `JobStatus`.
-constexpr std::array<StatusWords, 7> statusWords{{
-    {.label = "Queued", .section = "Queued", .isWorking = false, .canRetry = false, .canCancel = true},
-    {.label = "Extracting frames", .section = "Running", .isWorking = true, .canRetry = false, .canCancel = true},
-    {.label = "Calling vision model", .section = "Running", .isWorking = true, .canRetry = false, .canCancel = true},
-    {.label = "Writing sidecar", .section = "Running", .isWorking = true, .canRetry = false, .canCancel = true},
-    {.label = "Done", .section = "Done", .isWorking = false, .canRetry = false, .canCancel = false},
-    {.label = "Failed", .section = "Failed", .isWorking = false, .canRetry = true, .canCancel = false},
-    {.label = "Cancelled", .section = "Failed", .isWorking = false, .canRetry = true, .canCancel = false},
-}};
-static_assert(statusWords.size() == rawValues<JobStatus>.size());
-
-const StatusWords& wordsOf(const Job& job) {
-  return statusWords[static_cast<std::size_t>(job.status)];
-}
-
-std::string_view badgeName(const Job& job) {
-  switch (job.badge().kind) {
-    case JobBadge::Kind::none: return "none";
-    case JobBadge::Kind::refused: return "refused";
-    case JobBadge::Kind::needsReview: return "needsReview";
-  }
-  return "none";
-}
-
-std::string badgeHelpText(const Job& job) {
-  const JobBadge badge = job.badge();
-  switch (badge.kind) {
-    case JobBadge::Kind::none: return "";
-    case JobBadge::Kind::refused: return "Model refused";
-    case JobBadge::Kind::needsReview:
-      return badge.reason.value_or("").empty() ? "Needs review" : "Needs review — " + *badge.reason;
-  }
-  return "";
-}
-
-std::string oneLineOf(const Job& job) {
-  if (job.status != JobStatus::done || !job.result) return "";
-  return job.result->global.overallSummaryOneLine.value_or("");
-}
-
 struct RoleEntry {
   JobListModel::Role role;
-  const char* name;
+  std::string_view name;
   QVariant (*read)(const Job& job);
 };
 
@@ -72,18 +24,20 @@ constexpr auto roleTable = std::to_array<RoleEntry>({
     {JobListModel::fileName, "fileName",
      [](const Job& job) -> QVariant { return qtText(job.sourceURL.filename().native()); }},
     {JobListModel::status, "status", [](const Job& job) -> QVariant { return qtText(rawValue(job.status)); }},
-    {JobListModel::statusLabel, "statusLabel", [](const Job& job) -> QVariant { return qtText(wordsOf(job).label); }},
-    {JobListModel::section, "section", [](const Job& job) -> QVariant { return qtText(wordsOf(job).section); }},
+    {JobListModel::statusLabel, "statusLabel",
+     [](const Job& job) -> QVariant { return qtText(wordsOf(job.status).label); }},
+    {JobListModel::section, "section",
+     [](const Job& job) -> QVariant { return qtText(rawValue(wordsOf(job.status).section)); }},
     {JobListModel::progress, "progress", [](const Job& job) -> QVariant { return job.progress; }},
-    {JobListModel::isWorking, "isWorking", [](const Job& job) -> QVariant { return wordsOf(job).isWorking; }},
+    {JobListModel::isWorking, "isWorking", [](const Job& job) -> QVariant { return wordsOf(job.status).isWorking; }},
     {JobListModel::error, "error", [](const Job& job) -> QVariant { return qtText(job.error.value_or("")); }},
-    {JobListModel::badge, "badge", [](const Job& job) -> QVariant { return qtText(badgeName(job)); }},
-    {JobListModel::badgeHelp, "badgeHelp", [](const Job& job) -> QVariant { return qtText(badgeHelpText(job)); }},
+    {JobListModel::badge, "badge", [](const Job& job) -> QVariant { return qtText(nameOf(job.badge().kind)); }},
+    {JobListModel::badgeHelp, "badgeHelp", [](const Job& job) -> QVariant { return qtText(helpTextOf(job.badge())); }},
     {JobListModel::modelId, "modelId",
      [](const Job& job) -> QVariant { return job.engineSnapshot ? qtText(job.engineSnapshot->modelId) : QString(); }},
     {JobListModel::oneLine, "oneLine", [](const Job& job) -> QVariant { return qtText(oneLineOf(job)); }},
-    {JobListModel::canRetry, "canRetry", [](const Job& job) -> QVariant { return wordsOf(job).canRetry; }},
-    {JobListModel::canCancel, "canCancel", [](const Job& job) -> QVariant { return wordsOf(job).canCancel; }},
+    {JobListModel::canRetry, "canRetry", [](const Job& job) -> QVariant { return wordsOf(job.status).canRetry; }},
+    {JobListModel::canCancel, "canCancel", [](const Job& job) -> QVariant { return wordsOf(job.status).canCancel; }},
 });
 
 const RoleEntry* entryOf(int role) {
@@ -96,41 +50,125 @@ const RoleEntry* entryOf(int role) {
 void JobListModel::show(const JobList& list) {
   beginResetModel();
   list_ = &list;
+  order_.clear();
+  ends_.fill(0);
   endResetModel();
+  rowsWereAppended();
+}
+
+bool JobListModel::hasDone() const {
+  return ends_[static_cast<std::size_t>(QueueSection::done)] > beginOf(QueueSection::done);
+}
+
+int JobListModel::rowOf(const QString& ofJob) const {
+  const auto id = UUID::parse(textOf(ofJob));
+  const auto entry = id && list_ ? list_->rowOf(*id) : std::nullopt;
+  return entry ? static_cast<int>(placeOf(*entry, wordsOf((*list_)[*entry].status).section)) : -1;
+}
+
+QVariant JobListModel::value(int row, const QString& role) const {
+  const auto entry = std::ranges::find(roleTable, textOf(role), &RoleEntry::name);
+  return entry == roleTable.end() ? QVariant() : data(index(row), entry->role);
 }
 
 int JobListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() || !list_ ? 0 : static_cast<int>(list_->size());
+  return parent.isValid() ? 0 : count();
 }
 
 QVariant JobListModel::data(const QModelIndex& index, int role) const {
   const RoleEntry* entry = entryOf(role == Qt::DisplayRole ? fileName : role);
-  if (!entry || !hasIndex(index.row(), index.column())) return {};
-  return entry->read((*list_)[static_cast<std::size_t>(index.row())]);
+  return entry && hasIndex(index.row(), index.column()) ? entry->read(jobAt(index.row())) : QVariant();
 }
 
 QHash<int, QByteArray> JobListModel::roleNames() const {
   QHash<int, QByteArray> names;
   for (const RoleEntry& entry : roleTable)
-    names.insert(entry.role, entry.name);
+    names.insert(entry.role, QByteArray(entry.name.data(), static_cast<qsizetype>(entry.name.size())));
   return names;
 }
 
-void JobListModel::rowsWillBeAppended(std::size_t count) {
-  const int end = rowCount();
-  beginInsertRows({}, end, end + static_cast<int>(count) - 1);
+void JobListModel::rowsWereAppended() {
+  std::array<std::vector<std::size_t>, sectionCount> arrivals;
+  for (std::size_t entry = order_.size(); entry < list_->size(); ++entry)
+    arrivals[static_cast<std::size_t>(wordsOf((*list_)[entry].status).section)].push_back(entry);
+  const bool hadDone = hasDone();
+  for (std::size_t group = 0; group < sectionCount; ++group)
+    insert(static_cast<QueueSection>(group), arrivals[group]);
+  Q_EMIT countChanged();
+  if (hasDone() != hadDone) Q_EMIT hasDoneChanged();
 }
 
 void JobListModel::rowsWillBeRemoved(std::size_t first, std::size_t last) {
-  beginRemoveRows({}, static_cast<int>(first), static_cast<int>(last));
+  const QueueSection group = wordsOf((*list_)[first].status).section;
+  removal_ = {.group = group, .row = placeOf(first, group), .firstEntry = first, .count = last - first + 1};
+  beginRemoveRows({}, static_cast<int>(removal_.row), static_cast<int>(removal_.row + removal_.count) - 1);
+}
+
+void JobListModel::rowsWereRemoved() {
+  const auto start = order_.begin() + static_cast<std::ptrdiff_t>(removal_.row);
+  order_.erase(start, start + static_cast<std::ptrdiff_t>(removal_.count));
+  for (std::size_t& entry : order_)
+    if (entry > removal_.firstEntry) entry -= removal_.count;
+  grow(removal_.group, -static_cast<std::ptrdiff_t>(removal_.count));
+  endRemoveRows();
+  Q_EMIT countChanged();
+  if (removal_.group == QueueSection::done && !hasDone()) Q_EMIT hasDoneChanged();
 }
 
 void JobListModel::rowWasReplaced(std::size_t row, const Job& before, const Job& after) {
+  const QueueSection from = wordsOf(before.status).section;
+  const QueueSection to = wordsOf(after.status).section;
+  if (from != to) move(row, from, to);
   QList<int> changed;
   for (const RoleEntry& entry : roleTable)
     if (entry.read(before) != entry.read(after)) changed.append(entry.role);
-  const QModelIndex place = index(static_cast<int>(row));
+  const QModelIndex place = index(static_cast<int>(placeOf(row, to)));
   if (!changed.isEmpty()) Q_EMIT dataChanged(place, place, changed);
+  Q_EMIT jobReplaced(after.id);
+}
+
+std::size_t JobListModel::beginOf(QueueSection group) const {
+  return group == QueueSection{} ? 0 : ends_[static_cast<std::size_t>(group) - 1];
+}
+
+/// Where that entry of the list stands, or would stand, within a section.
+std::size_t JobListModel::placeOf(std::size_t entry, QueueSection group) const {
+  const auto begin = order_.begin() + static_cast<std::ptrdiff_t>(beginOf(group));
+  const auto end = order_.begin() + static_cast<std::ptrdiff_t>(ends_[static_cast<std::size_t>(group)]);
+  return static_cast<std::size_t>(std::lower_bound(begin, end, entry) - order_.begin());
+}
+
+/// New entries are younger than all others of their section.
+void JobListModel::insert(QueueSection group, const std::vector<std::size_t>& entries) {
+  if (entries.empty()) return;
+  const std::size_t first = ends_[static_cast<std::size_t>(group)];
+  beginInsertRows({}, static_cast<int>(first), static_cast<int>(first + entries.size()) - 1);
+  order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(first), entries.begin(), entries.end());
+  grow(group, static_cast<std::ptrdiff_t>(entries.size()));
+  endInsertRows();
+}
+
+void JobListModel::move(std::size_t entry, QueueSection from, QueueSection to) {
+  const bool hadDone = hasDone();
+  const std::size_t oldRow = placeOf(entry, from);
+  const std::size_t newRow = placeOf(entry, to);  // counted with the row still in its old place, as Qt wants it
+  const bool changesPlace = newRow != oldRow && newRow != oldRow + 1;
+  if (changesPlace) beginMoveRows({}, static_cast<int>(oldRow), static_cast<int>(oldRow), {}, static_cast<int>(newRow));
+  const auto at = [this](std::size_t row) { return order_.begin() + static_cast<std::ptrdiff_t>(row); };
+  if (newRow > oldRow)
+    std::rotate(at(oldRow), at(oldRow + 1), at(newRow));
+  else
+    std::rotate(at(newRow), at(oldRow), at(oldRow + 1));
+  grow(from, -1);
+  grow(to, 1);
+  if (changesPlace) endMoveRows();
+  if (hasDone() != hadDone) Q_EMIT hasDoneChanged();
+}
+
+/// A section has got more or fewer rows; those behind it have shifted.
+void JobListModel::grow(QueueSection group, std::ptrdiff_t change) {
+  for (auto end = static_cast<std::size_t>(group); end < sectionCount; ++end)
+    ends_[end] = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(ends_[end]) + change);
 }
 
 }  // namespace tq

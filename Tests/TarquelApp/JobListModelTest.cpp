@@ -1,8 +1,10 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QUrl>
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <random>
 
 #include "Support/JobRows.hpp"
 #include "TarquelApp/JobListModel.hpp"
@@ -23,6 +25,19 @@ class JobListModelTest : public testing::Test {
 
   std::string text(JobListModel::Role role, int row = 0) const {
     return model.data(model.index(row), role).toString().toStdString();
+  }
+
+  std::vector<std::string> names() const {
+    std::vector<std::string> texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+      texts.push_back(text(JobListModel::fileName, row));
+    return texts;
+  }
+
+  void setStatus(std::size_t entry, JobStatus status) {
+    Job job = list[entry];
+    job.status = status;
+    list.replace(entry, std::move(job));
   }
 
   /// Replaces row 0 and gives the roles that the view was told of.
@@ -52,8 +67,7 @@ TEST_F(JobListModelTest, AnEmptyListHasNoRows) {
 
 TEST_F(JobListModelTest, ShowsWhatIsAppendedAndRemoved) {
   append({test::jobOf(done, "/clips/a.mov"), test::jobOf(queued, "/clips/b.mov"), test::jobOf(done, "/clips/c.mov")});
-  EXPECT_EQ(model.rowCount(), 3);
-  EXPECT_EQ(text(JobListModel::fileName, 1), "b.mov");
+  EXPECT_THAT(names(), ElementsAre("b.mov", "a.mov", "c.mov"));
   QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
   QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
   list.removeAll(done);
@@ -61,6 +75,95 @@ TEST_F(JobListModelTest, ShowsWhatIsAppendedAndRemoved) {
   EXPECT_EQ(text(JobListModel::fileName), "b.mov");
   EXPECT_EQ(removals.size(), 2);
   EXPECT_EQ(resets.size(), 0);
+}
+
+TEST_F(JobListModelTest, SectionsStandInTheirOrderAndJobsInTheirs) {
+  append({test::jobOf(cancelled, "/c/1"), test::jobOf(done, "/c/2"), test::jobOf(queued, "/c/3"),
+          test::jobOf(writing, "/c/4"), test::jobOf(failed, "/c/5"), test::jobOf(extracting, "/c/6"),
+          test::jobOf(queued, "/c/7"), test::jobOf(calling, "/c/8")});
+  EXPECT_THAT(names(), ElementsAre("4", "6", "8", "3", "7", "2", "1", "5"));
+}
+
+TEST_F(JobListModelTest, AJobThatGoesToAnotherSectionIsOneRowThatMoves) {
+  append({test::jobOf(queued, "/c/1"), test::jobOf(queued, "/c/2"), test::jobOf(queued, "/c/3")});
+  QSignalSpy moves(&model, &QAbstractItemModel::rowsMoved);
+  QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+  QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
+  setStatus(1, extracting);
+  EXPECT_THAT(names(), ElementsAre("2", "1", "3"));
+  EXPECT_EQ(moves.size(), 1);
+  setStatus(1, calling);
+  EXPECT_EQ(moves.size(), 1) << "the same section";
+  setStatus(1, done);
+  EXPECT_THAT(names(), ElementsAre("1", "3", "2"));
+  setStatus(2, failed);
+  EXPECT_THAT(names(), ElementsAre("1", "2", "3"));
+  EXPECT_EQ(moves.size(), 3);
+  EXPECT_EQ(resets.size() + removals.size(), 0);
+}
+
+TEST_F(JobListModelTest, AJobWhoseNewSectionBeginsWhereItStandsDoesNotMove) {
+  append({test::jobOf(queued, "/c/1"), test::jobOf(queued, "/c/2")});
+  QSignalSpy moves(&model, &QAbstractItemModel::rowsMoved);
+  setStatus(0, extracting);
+  EXPECT_EQ(moves.size(), 0);
+  EXPECT_EQ(text(JobListModel::section, 0), "Running");
+  EXPECT_EQ(text(JobListModel::section, 1), "Queued");
+}
+
+TEST_F(JobListModelTest, ARetriedJobComesBackToItsPlaceInTheOrderOfEntry) {
+  append({test::jobOf(queued, "/c/1"), test::jobOf(failed, "/c/2"), test::jobOf(queued, "/c/3")});
+  setStatus(1, queued);
+  EXPECT_THAT(names(), ElementsAre("1", "2", "3"));
+}
+
+TEST_F(JobListModelTest, FindsTheRowOfAJob) {
+  append({test::jobOf(done, "/c/1"), test::jobOf(queued, "/c/2")});
+  EXPECT_EQ(model.rowOf(qtText(list[0].id.text())), 1);
+  EXPECT_EQ(model.rowOf(qtText(list[1].id.text())), 0);
+  EXPECT_EQ(model.rowOf(qtText(UUID::random().text())), -1);
+  EXPECT_EQ(model.rowOf(QString()), -1);
+  EXPECT_EQ(model.value(1, QStringLiteral("fileName")).toString().toStdString(), "1");
+  EXPECT_FALSE(model.value(7, QStringLiteral("fileName")).isValid());
+  EXPECT_FALSE(model.value(0, QStringLiteral("nonsense")).isValid());
+}
+
+TEST_F(JobListModelTest, SaysWhetherThereIsSomethingToClear) {
+  QSignalSpy spy(&model, &JobListModel::hasDoneChanged);
+  EXPECT_FALSE(model.hasDone());
+  append({test::jobOf(writing)});
+  EXPECT_FALSE(model.hasDone());
+  setStatus(0, done);
+  EXPECT_TRUE(model.hasDone());
+  list.removeAll(done);
+  EXPECT_FALSE(model.hasDone());
+  EXPECT_EQ(spy.size(), 2);
+}
+
+/// Whatever happens to the list, the rows are those of a plain sort by section.
+TEST_F(JobListModelTest, KeepsUpWithAnyCourseOfTheQueue) {
+  std::mt19937 random(20261121);
+  const auto anyStatus = [&] { return static_cast<JobStatus>(random() % rawValues<JobStatus>.size()); };
+  for (int step = 0; step < 400; ++step) {
+    switch (random() % 8) {
+      case 0: {
+        std::vector<Job> jobs;
+        for (std::size_t count = random() % 4; count > 0; --count)
+          jobs.push_back(test::jobOf(anyStatus(), "/c/" + std::to_string(step) + "-" + std::to_string(count)));
+        if (!jobs.empty()) append(jobs);
+        break;
+      }
+      case 1: list.removeAll(anyStatus()); break;
+      default:
+        if (!list.empty()) setStatus(random() % list.size(), anyStatus());
+    }
+    std::vector<std::string> expected;
+    for (const QueueSection section : allCases<QueueSection>())
+      for (const JobList::Row& job : list.rows())
+        if (wordsOf(job->status).section == section) expected.push_back(job->sourceURL.filename());
+    ASSERT_EQ(names(), expected) << "step " << step;
+    ASSERT_EQ(model.hasDone(), std::ranges::any_of(list.rows(), [](const auto& job) { return job->status == done; }));
+  }
 }
 
 TEST_F(JobListModelTest, ATickOfProgressIsOneRoleOfOneRow) {
@@ -107,7 +210,7 @@ TEST_F(JobListModelTest, EveryStatusHasItsWordsAndActions) {
            StatusCase{cancelled, "Cancelled", "Failed", true, false},
        }) {
     append({test::jobOf(expected.status)});
-    const int row = model.rowCount() - 1;
+    const int row = model.rowOf(qtText(list.rows().back()->id.text()));
     EXPECT_EQ(text(JobListModel::statusLabel, row), expected.label);
     EXPECT_EQ(text(JobListModel::section, row), expected.section);
     EXPECT_EQ(model.data(model.index(row), JobListModel::canRetry).toBool(), expected.canRetry) << expected.label;

@@ -1,9 +1,14 @@
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <gtest/gtest.h>
 
-/// What stands here has an event loop under it.
+#include "TarquelApp/Appearance.hpp"
+
+/// What stands here has an event loop under it, and a screen that nobody sees.
 int main(int argumentCount, char** arguments) {
   testing::InitGoogleTest(&argumentCount, arguments);
-  const QCoreApplication application(argumentCount, arguments);
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  tq::prepareForApplication();
+  const QGuiApplication application(argumentCount, arguments);
+  tq::setAppearance(false);
   return RUN_ALL_TESTS();
 }

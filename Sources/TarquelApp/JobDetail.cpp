@@ -1,0 +1,169 @@
+#include "TarquelApp/JobDetail.hpp"
+
+#include <QVariantMap>
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <utility>
+
+#include "TQCore/RecordJSON.hpp"
+#include "TQDescription/MarkdownRenderer.hpp"
+#include "TQDescription/SourceTabFormatter.hpp"
+#include "TQPlatform/JSON.hpp"
+#include "TarquelApp/JobWords.hpp"
+#include "TarquelApp/Text.hpp"
+
+namespace tq {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A member of two jobs, either of which may be missing, is the same. Large parts are the same object most of the time.
+template <class Member>
+bool differ(const JobList::Row& one, const JobList::Row& other, Member Job::*member) {
+  if (!one || !other) return one != other;
+  return (*one).*member != (*other).*member;
+}
+
+}  // namespace
+
+JobDetail::JobDetail(AppState& app, FrameShelf& shelf, std::shared_ptr<const Clock> clock, QObject* parent)
+    : QObject(parent), app_(app), shelf_(shelf), clock_(std::move(clock)) {
+  connect(&app, &AppState::selectedJobIDChanged, this, &JobDetail::follow);
+  connect(app.jobs(), &QAbstractItemModel::rowsInserted, this, &JobDetail::follow);
+  connect(app.jobs(), &QAbstractItemModel::rowsRemoved, this, &JobDetail::follow);
+  connect(app.jobs(), &JobListModel::jobReplaced, this, [this](const UUID& id) {
+    if (job_ && job_->id == id) follow();
+  });
+  second_.setInterval(1s);
+  connect(&second_, &QTimer::timeout, this, &JobDetail::elapsedChanged);
+  follow();
+}
+
+void JobDetail::follow() {
+  const auto& selected = app_.selection();
+  const auto row = selected ? app_.jobList().rowOf(*selected) : std::nullopt;
+  show(row ? app_.jobList().rows()[*row] : nullptr);
+}
+
+void JobDetail::show(JobList::Row job) {
+  if (job == job_) return;
+  const JobList::Row before = std::exchange(job_, std::move(job));
+  const auto changed = [&](auto... members) { return (differ(before, job_, members) || ...); };
+  const bool isAnother = changed(&Job::id);
+  const bool stateIsNew = isAnother || changed(&Job::status, &Job::error);
+  const bool resultIsNew = isAnother || changed(&Job::result);
+  if (resultIsNew) {
+    markdown_.reset();
+    json_.reset();
+  }
+  const bool framesAreNew = isAnother || changed(&Job::frames);
+  if (framesAreNew) framesNumber_ = shelf_.put(job_ ? job_->frames : FrameShelf::Frames());
+  if (job_ && job_->status == JobStatus::calling)
+    second_.start();
+  else
+    second_.stop();
+
+  if (isAnother || changed(&Job::sourceURL)) Q_EMIT identityChanged();
+  if (stateIsNew) Q_EMIT stateChanged();
+  if (stateIsNew) Q_EMIT elapsedChanged();
+  if (isAnother || changed(&Job::progress)) Q_EMIT progressChanged();
+  if (resultIsNew || changed(&Job::engineSnapshot)) Q_EMIT engineChanged();
+  if (resultIsNew) Q_EMIT resultChanged();
+  if (isAnother || changed(&Job::rawResponse)) Q_EMIT rawResponseChanged();
+  if (framesAreNew) Q_EMIT framesChanged();
+}
+
+QString JobDetail::jobID() const {
+  return job_ ? qtText(job_->id.text()) : QString();
+}
+
+QString JobDetail::fileName() const {
+  return job_ ? qtText(job_->sourceURL.filename().native()) : QString();
+}
+
+QUrl JobDetail::sourceURL() const {
+  return job_ ? qtFileURL(job_->sourceURL) : QUrl();
+}
+
+QString JobDetail::status() const {
+  return job_ ? qtText(rawValue(job_->status)) : QString();
+}
+
+QString JobDetail::statusLabel() const {
+  return job_ ? qtText(wordsOf(job_->status).label) : QString();
+}
+
+QString JobDetail::waitingLabel() const {
+  return job_ ? qtText(wordsOf(job_->status).waiting) : QString();
+}
+
+QString JobDetail::error() const {
+  return job_ ? qtText(job_->error.value_or("")) : QString();
+}
+
+QString JobDetail::elapsed() const {
+  if (!job_ || job_->status != JobStatus::calling) return {};
+  const auto seconds =
+      std::chrono::floor<std::chrono::seconds>(std::max(clock_->now() - job_->createdAt, Date::duration(0)));
+  return QStringLiteral("(%1:%2 elapsed)").arg(seconds / 1min).arg((seconds % 1min).count(), 2, 10, QLatin1Char('0'));
+}
+
+QString JobDetail::engineSubtitle() const {
+  QStringList parts;
+  if (job_ && job_->engineSnapshot) {
+    const EngineSnapshot& engine = *job_->engineSnapshot;
+    parts = {qtText(engine.providerDisplay), qtText(engine.modelId), qtText(engine.promptProfile),
+             qtText(engine.samplingStrategy)};
+  } else if (hasResult()) {
+    const EngineMetadata& engine = job_->result->engine;
+    parts = {qtText(engine.provider), qtText(engine.model), qtText(engine.samplingStrategy)};
+  }
+  return parts.join(QStringLiteral(" · "));
+}
+
+QString JobDetail::markdown() const {
+  if (!hasResult()) return {};
+  if (!markdown_) markdown_ = qtText(MarkdownRenderer::render(*job_->result));
+  return *markdown_;
+}
+
+QString JobDetail::json() const {
+  if (!hasResult()) return {};
+  if (!json_) {
+    try {
+      json_ = qtText(writeJSON(encode(*job_->result), JSONLayout::pretty));
+    } catch (const std::exception&) {
+      json_ = QStringLiteral("<could not render JSON>");
+    }
+  }
+  return *json_;
+}
+
+QVariantList JobDetail::sourceRows() const {
+  QVariantList rows;
+  if (!hasResult()) return rows;
+  for (const SourceTabFormatter::Row& row : SourceTabFormatter::rows(*job_->result, job_->sourceURL))
+    rows.append(
+        QVariantMap{{QStringLiteral("label"), qtText(row.label)}, {QStringLiteral("value"), qtText(row.value)}});
+  return rows;
+}
+
+QString JobDetail::rawResponse() const {
+  return hasRawResponse() ? qtText(*job_->rawResponse) : QString();
+}
+
+QStringList JobDetail::timecodes() const {
+  QStringList texts;
+  if (job_ && job_->frames)
+    for (const ExtractedFrame& frame : *job_->frames)
+      texts.append(qtText(frame.timecode.formatted()));
+  return texts;
+}
+
+QString JobDetail::frameSource() const {
+  return QStringLiteral("image://frames/%1/").arg(framesNumber_);
+}
+
+}  // namespace tq

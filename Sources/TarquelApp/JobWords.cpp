@@ -1,0 +1,71 @@
+#include "TarquelApp/JobWords.hpp"
+
+namespace tq {
+
+namespace {
+
+using enum QueueSection;
+
+/// In the order of `JobStatus`.
+constexpr std::array<StatusWords, 7> statusWords{{
+    {.label = "Queued",
+     .waiting = "Waiting in queue…",
+     .section = queued,
+     .isWorking = false,
+     .canRetry = false,
+     .canCancel = true},
+    {.label = "Extracting frames",
+     .waiting = "Extracting frames…",
+     .section = running,
+     .isWorking = true,
+     .canRetry = false,
+     .canCancel = true},
+    {.label = "Calling vision model",
+     .waiting = "Asking the vision model…",
+     .section = running,
+     .isWorking = true,
+     .canRetry = false,
+     .canCancel = true},
+    {.label = "Writing sidecar",
+     .waiting = "Writing sidecar files…",
+     .section = running,
+     .isWorking = true,
+     .canRetry = false,
+     .canCancel = true},
+    {.label = "Done", .waiting = "", .section = done, .isWorking = false, .canRetry = false, .canCancel = false},
+    {.label = "Failed", .waiting = "", .section = failed, .isWorking = false, .canRetry = true, .canCancel = false},
+    {.label = "Cancelled", .waiting = "", .section = failed, .isWorking = false, .canRetry = true, .canCancel = false},
+}};
+static_assert(statusWords.size() == rawValues<JobStatus>.size());
+
+}  // namespace
+
+const StatusWords& wordsOf(JobStatus status) {
+  return statusWords[static_cast<std::size_t>(status)];
+}
+
+std::string_view nameOf(JobBadge::Kind kind) {
+  switch (kind) {
+    case JobBadge::Kind::none: return "none";
+    case JobBadge::Kind::refused: return "refused";
+    case JobBadge::Kind::needsReview: return "needsReview";
+  }
+  return "none";
+}
+
+std::string helpTextOf(const JobBadge& badge) {
+  switch (badge.kind) {
+    case JobBadge::Kind::none: return "";
+    case JobBadge::Kind::refused: return "Model refused";
+    case JobBadge::Kind::needsReview:
+      return badge.reason.value_or("").empty() ? "Needs review" : "Needs review — " + *badge.reason;
+  }
+  return "";
+}
+
+std::string oneLineOf(const Job& job) {
+  if (job.status != JobStatus::done || !job.result) return "";
+  return job.result->global.overallSummaryOneLine.value_or("");
+}
+
+}  // namespace tq

@@ -1,0 +1,57 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Window
+
+// One frame of the strip with its timecode.
+AbstractButton {
+    id: thumbnail
+
+    required property string modelData
+    required property int index
+    property string source
+
+    width: 140
+    height: 80 + 6 + caption.implicitHeight
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: `Frame ${index + 1}, ${modelData}`
+    Accessible.role: Accessible.Button
+    Accessible.onPressAction: clicked()
+    ToolTip.visible: hovered
+    ToolTip.delay: 500
+    ToolTip.text: "Click to view full size — " + modelData
+
+    Rectangle {
+        width: 140
+        height: 80
+        radius: Theme.radius
+        color: Theme.quietSelection
+
+        Icon {
+            anchors.centerIn: parent
+            visible: picture.status === Image.Error
+            name: "warning"
+            color: Theme.orange
+            size: 24
+        }
+        Image {
+            id: picture
+            anchors.fill: parent
+            source: thumbnail.source
+            sourceSize: Qt.size(Math.round(140 * Screen.devicePixelRatio), Math.round(80 * Screen.devicePixelRatio))
+            Accessible.ignored: true
+        }
+        FocusRing {
+            anchors.fill: parent
+            shown: thumbnail.visualFocus || thumbnail.hovered
+        }
+    }
+    Text {
+        id: caption
+        anchors.bottom: parent.bottom
+        anchors.horizontalCenter: parent.horizontalCenter
+        text: thumbnail.modelData
+        font.pixelSize: Theme.captionSize
+        color: Theme.secondaryText
+        Accessible.ignored: true
+    }
+}

@@ -1,0 +1,135 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tarquel
+
+// One job: what it is, how far, what the model saw, and what came of it.
+Item {
+    id: view
+
+    required property JobDetail job
+    required property DesktopActions desktop
+    property string selectedTab: "Markdown"
+    readonly property bool hasFailed: job.status === "failed" || job.status === "cancelled"
+
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: Theme.margin
+        spacing: 10
+
+        RowLayout {
+            Layout.fillWidth: true
+            spacing: 12
+
+            Caption {
+                Layout.fillWidth: true
+                text: view.job.fileName
+                elide: Text.ElideMiddle
+                font.pixelSize: Theme.titleSize
+                font.bold: true
+                color: Theme.text
+                Accessible.role: Accessible.Heading
+            }
+            PushButton {
+                objectName: "showInFinderButton"
+                text: "Show in Finder"
+                drawing: "folder"
+                onClicked: view.desktop.showInFileManager(view.job.sourceURL)
+            }
+            StatusBadge {
+                status: view.job.status
+                label: view.job.statusLabel
+            }
+        }
+
+        TextEdit {
+            Layout.fillWidth: true
+            Layout.topMargin: -6
+            visible: text !== ""
+            text: view.job.engineSubtitle
+            textFormat: TextEdit.PlainText
+            readOnly: true
+            selectByMouse: true
+            activeFocusOnTab: false
+            wrapMode: TextEdit.Wrap
+            font.pixelSize: Theme.captionSize
+            color: Theme.secondaryText
+            selectionColor: Theme.accent
+            Accessible.name: "Engine"
+        }
+
+        ThinProgressBar {
+            Layout.fillWidth: true
+            visible: ["extracting", "calling", "writing"].includes(view.job.status)
+            indeterminate: view.job.status === "calling"
+            value: view.job.progress
+            label: view.job.statusLabel
+        }
+
+        Label {
+            Layout.fillWidth: true
+            visible: text !== ""
+            text: view.job.error
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            maximumLineCount: 4
+            elide: Text.ElideRight
+            color: Theme.red
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Theme.separator
+        }
+
+        FramesStripView {
+            Layout.fillWidth: true
+            visible: timecodes.length > 0
+            timecodes: view.job.timecodes
+            source: view.job.frameSource
+        }
+
+        SegmentedControl {
+            objectName: "viewPicker"
+            label: "View"
+            choices: ["Markdown", "JSON", "Source"]
+            current: view.selectedTab
+            onChosen: choice => view.selectedTab = choice
+        }
+
+        Item {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            SelectableText {
+                objectName: "resultText"
+                anchors.fill: parent
+                visible: view.job.hasResult && view.selectedTab !== "Source"
+                label: view.selectedTab
+                font.family: Theme.monospace
+                text: !visible ? "" : view.selectedTab === "JSON" ? view.job.json : view.job.markdown
+            }
+            SourceTable {
+                anchors.fill: parent
+                visible: view.job.hasResult && view.selectedTab === "Source"
+                rows: visible ? view.job.sourceRows : []
+            }
+            FailurePanel {
+                anchors.fill: parent
+                visible: !view.job.hasResult && view.hasFailed
+                message: view.job.error || "Unknown error"
+                hasRawResponse: view.job.hasRawResponse
+                rawResponse: visible ? view.job.rawResponse : ""
+            }
+            WaitingBlock {
+                anchors.centerIn: parent
+                visible: !view.job.hasResult && !view.hasFailed
+                status: view.job.status
+                label: view.job.waitingLabel
+                elapsed: view.job.elapsed
+                progress: view.job.progress
+            }
+        }
+    }
+}

@@ -1,0 +1,121 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+// One job of the queue: what it is doing, its clip, and how far it is or how it ended. Always of one height, so that
+// nothing moves when a line of it comes or goes.
+ItemDelegate {
+    id: row
+
+    required property string jobID
+    required property url sourceURL
+    required property string fileName
+    required property string status
+    required property string statusLabel
+    required property double progress
+    required property bool isWorking
+    required property string error
+    required property string badge
+    required property string badgeHelp
+    required property string modelId
+    required property string oneLine
+    property bool listHasFocus: false
+
+    signal menuRequested
+
+    readonly property string secondLine: isWorking ? "" : error || oneLine
+
+    implicitHeight: 52
+    leftPadding: 12
+    rightPadding: 12
+    topPadding: 0
+    bottomPadding: 0
+    focusPolicy: Qt.NoFocus
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: [fileName, statusLabel, badgeHelp, secondLine].filter(text => text !== "").join(", ")
+    Accessible.selected: highlighted
+    Accessible.onPressAction: clicked()
+
+    background: Rectangle {
+        anchors.fill: parent
+        anchors.leftMargin: 6
+        anchors.rightMargin: 6
+        anchors.topMargin: 1
+        anchors.bottomMargin: 1
+        radius: Theme.radius
+        color: row.highlighted ? (row.listHasFocus ? Theme.selection : Theme.quietSelection)
+                               : row.hovered ? Theme.hover : "transparent"
+        border.width: row.highlighted && row.listHasFocus ? 1 : 0
+        border.color: Theme.accent
+    }
+
+    contentItem: RowLayout {
+        spacing: 10
+
+        StatusIcon {
+            status: row.status
+            label: row.statusLabel
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 4
+
+            RowLayout {
+                Layout.fillWidth: true
+                spacing: 6
+
+                Caption {
+                    Layout.fillWidth: true
+                    text: row.fileName
+                    elide: Text.ElideMiddle
+                    color: Theme.text
+                }
+                BadgeView {
+                    badge: row.badge
+                    help: row.badgeHelp
+                }
+                ModelPill {
+                    text: row.modelId
+                }
+            }
+            ThinProgressBar {
+                Layout.fillWidth: true
+                visible: row.isWorking
+                value: row.progress
+                label: "Progress of " + row.fileName
+            }
+            Caption {
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: row.secondLine
+                font.pixelSize: Theme.captionSize
+                color: row.error ? Theme.red : Theme.secondaryText
+            }
+        }
+    }
+
+    // Dragged with the mouse, a row is its file.
+    MouseArea {
+        id: mouse
+        anchors.fill: parent
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        preventStealing: true
+        drag.target: carried
+        drag.threshold: 8
+        onPressed: row.clicked()
+        onClicked: event => {
+            if (event.button === Qt.RightButton)
+                row.menuRequested()
+        }
+        onReleased: carried.x = carried.y = 0
+    }
+    Item {
+        id: carried
+        Drag.active: mouse.drag.active
+        Drag.dragType: Drag.Automatic
+        Drag.supportedActions: Qt.CopyAction
+        Drag.mimeData: ({ "text/uri-list": String(row.sourceURL) })
+        Drag.imageSource: "image://icons/film/" + String(Theme.accent).slice(-6)
+    }
+}

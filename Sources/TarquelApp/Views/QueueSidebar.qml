@@ -1,0 +1,125 @@
+import QtQuick
+import QtQuick.Controls
+import Tarquel
+
+// The queue in its sections.
+FocusScope {
+    id: sidebar
+
+    required property AppState app
+    required property DesktopActions desktop
+    property url quickLookURL
+    readonly property alias current: currentJob
+
+    // What can be done with the selected job.
+    SelectedJob {
+        id: currentJob
+        app: sidebar.app
+        desktop: sidebar.desktop
+        onQuickLookRequested: file => sidebar.quickLookURL = file
+    }
+
+    function quickLookSelectedJob() {
+        if (String(quickLookURL) !== "")
+            quickLookURL = ""
+        else
+            currentJob.quickLook()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.sidebar
+    }
+
+    ListView {
+        id: list
+        objectName: "queueList"
+        anchors.fill: parent
+        focus: true
+        activeFocusOnTab: true
+        clip: true
+        model: sidebar.app.jobs
+        boundsBehavior: Flickable.StopAtBounds
+        currentIndex: -1
+        keyNavigationEnabled: false
+        reuseItems: true
+        cacheBuffer: 200
+        topMargin: 4
+        bottomMargin: 8
+        ScrollBar.vertical: ScrollBar {}
+
+        Accessible.role: Accessible.List
+        Accessible.name: "Queue"
+
+        section.property: "section"
+        section.delegate: SectionHeader {
+            width: ListView.view.width
+        }
+
+        delegate: QueueRow {
+            width: ListView.view.width
+            highlighted: jobID === sidebar.app.selectedJobID
+            listHasFocus: list.activeFocus
+            onClicked: {
+                list.forceActiveFocus(Qt.MouseFocusReason)
+                sidebar.app.selectedJobID = jobID
+            }
+            onMenuRequested: contextMenu.popup()
+        }
+
+        // The list has no current row of its own: what is selected is a job, wherever its row goes.
+        function select(row: int) {
+            if (count === 0)
+                return
+            const there = Math.max(0, Math.min(count - 1, row))
+            sidebar.app.selectedJobID = sidebar.app.jobs.value(there, "jobID")
+            positionViewAtIndex(there, ListView.Contain)
+        }
+        function openMenu() {
+            const row = itemAtIndex(currentJob.row())
+            if (row)
+                contextMenu.popup(row, 40, 40)
+        }
+        Keys.onPressed: event => {
+            const row = currentJob.row()
+            const page = Math.max(1, Math.floor(height / 52) - 1)
+            switch (event.key) {
+            case Qt.Key_Up: select(row - 1); break
+            case Qt.Key_Down: select(row + 1); break
+            case Qt.Key_Home: select(0); break
+            case Qt.Key_End: select(count - 1); break
+            case Qt.Key_PageUp: select(row - page); break
+            case Qt.Key_PageDown: select(row + page); break
+            case Qt.Key_Space: if (!event.isAutoRepeat) sidebar.quickLookSelectedJob(); break
+            case Qt.Key_Menu: openMenu(); break
+            case Qt.Key_F10:
+                if (!(event.modifiers & Qt.ShiftModifier)) return
+                openMenu()
+                break
+            default: return
+            }
+            event.accepted = true
+        }
+    }
+
+    Label {
+        anchors.centerIn: parent
+        visible: list.count === 0
+        text: "No clips yet"
+        color: Theme.secondaryText
+    }
+
+    JobMenu {
+        id: contextMenu
+        job: currentJob
+    }
+
+    Loader {
+        active: String(sidebar.quickLookURL) !== ""
+        sourceComponent: QuickLookWindow {
+            file: sidebar.quickLookURL
+            transientParent: sidebar.Window.window
+            onDismissed: sidebar.quickLookURL = ""
+        }
+    }
+}

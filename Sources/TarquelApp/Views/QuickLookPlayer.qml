@@ -1,0 +1,66 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import QtMultimedia
+
+// The clip, playing, with the little that is needed to steer it.
+Item {
+    id: view
+
+    property url file
+    readonly property bool hasPicture: player.hasVideo && player.error === MediaPlayer.NoError
+
+    function toggle() {
+        if (player.playbackState === MediaPlayer.PlayingState)
+            player.pause()
+        else
+            player.play()
+    }
+    onFileChanged: player.play()
+
+    // A machine without sound has no output to make.
+    Loader {
+        id: sound
+        active: mediaDevices.audioOutputs.length > 0
+        sourceComponent: AudioOutput {}
+    }
+    MediaDevices {
+        id: mediaDevices
+    }
+    MediaPlayer {
+        id: player
+        source: view.file
+        videoOutput: output
+        audioOutput: sound.item
+    }
+    VideoOutput {
+        id: output
+        anchors.fill: parent
+        anchors.bottomMargin: controls.height
+        visible: view.hasPicture
+    }
+
+    RowLayout {
+        id: controls
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        anchors.margins: 8
+        visible: view.hasPicture
+        spacing: 10
+
+        PushButton {
+            text: player.playbackState === MediaPlayer.PlayingState ? "Pause" : "Play"
+            drawing: player.playbackState === MediaPlayer.PlayingState ? "pause" : "play"
+            onClicked: view.toggle()
+        }
+        Slider {
+            Layout.fillWidth: true
+            to: player.duration
+            value: player.position
+            enabled: player.seekable
+            onMoved: player.position = value
+            Accessible.name: "Position"
+        }
+    }
+}

@@ -1,0 +1,81 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Window
+
+// A look at a clip without leaving the queue: its picture, and the clip itself where this machine can play it.
+Window {
+    id: preview
+
+    required property url file
+    readonly property string fileName: decodeURIComponent(String(file).split("/").pop())
+    signal dismissed
+
+    width: 860
+    height: 560
+    minimumWidth: 320
+    minimumHeight: 240
+    visible: true
+    title: fileName
+    color: "#101114"
+    flags: Qt.Dialog
+    onClosing: dismissed()
+    Component.onCompleted: requestActivate()
+
+    Item {
+        id: stage
+        anchors.fill: parent
+        focus: true
+
+        Accessible.role: Accessible.Pane
+        Accessible.name: "Preview of " + preview.fileName
+
+        Keys.onPressed: event => {
+            switch (event.key) {
+            case Qt.Key_Space:
+            case Qt.Key_Escape:
+            case Qt.Key_Y:
+                if (event.key === Qt.Key_Y && !(event.modifiers & Qt.ControlModifier)) return
+                if (!event.isAutoRepeat) preview.dismissed()
+                break
+            case Qt.Key_Return:
+            case Qt.Key_Enter:
+                if (player.item) player.item.toggle()
+                break
+            default: return
+            }
+            event.accepted = true
+        }
+
+        Image {
+            id: poster
+            objectName: "poster"
+            anchors.fill: parent
+            fillMode: Image.PreserveAspectFit
+            source: "image://posters/" + encodeURIComponent(String(preview.file))
+            visible: !(player.item && player.item.hasPicture)
+            Accessible.role: Accessible.Graphic
+            Accessible.name: "Picture of " + preview.fileName
+        }
+        BusyIndicator {
+            anchors.centerIn: parent
+            running: poster.status === Image.Loading
+            Accessible.name: "Loading"
+        }
+        Label {
+            objectName: "noPicture"
+            anchors.centerIn: parent
+            visible: poster.status === Image.Error && !(player.item && player.item.hasPicture)
+            text: "No preview of this clip"
+            color: "#c9ccd1"
+        }
+
+        // A desktop without the multimedia module, or without a way to draw its pictures, has the poster.
+        Loader {
+            id: player
+            anchors.fill: parent
+            active: GraphicsInfo.api !== GraphicsInfo.Software && GraphicsInfo.api !== GraphicsInfo.Unknown
+            source: "QuickLookPlayer.qml"
+            onLoaded: item.file = preview.file
+        }
+    }
+}

@@ -1,0 +1,55 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+
+// Labels and values, to be read and copied.
+ScrollView {
+    id: table
+
+    property var rows: []
+
+    clip: true
+    contentWidth: availableWidth
+    padding: 12
+    background: Rectangle {
+        color: Theme.base
+        radius: Theme.radius
+        border.width: 1
+        border.color: Theme.separator
+    }
+
+    GridLayout {
+        width: table.availableWidth
+        columns: 2
+        columnSpacing: Theme.margin
+        rowSpacing: Theme.gap
+        flow: GridLayout.TopToBottom
+        rows: Math.max(1, table.rows.length)
+
+        Repeater {
+            model: table.rows
+            Label {
+                required property var modelData
+                Layout.alignment: Qt.AlignTop
+                text: modelData.label
+                color: Theme.secondaryText
+            }
+        }
+        Repeater {
+            model: table.rows
+            TextEdit {
+                required property var modelData
+                Layout.fillWidth: true
+                text: modelData.value
+                textFormat: TextEdit.PlainText
+                readOnly: true
+                selectByMouse: true
+                activeFocusOnTab: true
+                wrapMode: TextEdit.Wrap
+                color: Theme.text
+                selectionColor: Theme.accent
+                Accessible.name: modelData.label
+            }
+        }
+    }
+}

@@ -1,0 +1,47 @@
+pragma Singleton
+import QtQuick
+
+// Colours, sizes and times of the whole window. Light or dark follows the application's palette.
+QtObject {
+    readonly property SystemPalette system: SystemPalette {}
+    readonly property bool dark: system.window.hslLightness < 0.5
+
+    readonly property color window: system.window
+    readonly property color base: system.base
+    readonly property color text: system.windowText
+    readonly property color secondaryText: dark ? "#a3a8b1" : "#5c636e"
+    readonly property color accent: system.highlight
+    readonly property color separator: dark ? "#393b41" : "#dddad4"
+    readonly property color sidebar: dark ? "#222428" : "#efede9"
+    readonly property color hover: dark ? "#2c2f34" : "#e6e3dd"
+    readonly property color selection: dark ? "#2d4266" : "#d3e1f9"
+    readonly property color quietSelection: dark ? "#34373d" : "#dfdcd6"
+    readonly property color green: dark ? "#3fa563" : "#23803f"
+    readonly property color red: dark ? "#f2777d" : "#bf2a35"
+    readonly property color redFill: dark ? "#d9515a" : "#c5303a"
+    readonly property color orange: dark ? "#eda24e" : "#a85c00"
+
+    readonly property int gap: 8
+    readonly property int margin: 20
+    readonly property int radius: 6
+    readonly property int iconSize: 18
+
+    // Sizes of text, in pixels, from the one that the desktop sets.
+    readonly property real bodySize: Math.max(Application.font.pixelSize, Application.font.pointSize * 96 / 72)
+    readonly property real captionSize: bodySize * 0.87
+    readonly property real titleSize: bodySize * 1.25
+    readonly property string monospace: "monospace"
+
+    readonly property int quick: 120
+    readonly property int calm: 220
+
+    // Colour and drawing of each status of a job.
+    readonly property var statusColors: ({
+        queued: secondaryText, extracting: accent, calling: accent, writing: accent,
+        done: green, failed: redFill, cancelled: secondaryText
+    })
+    readonly property var statusIcons: ({
+        queued: "clock", extracting: "film", calling: "bolt", writing: "save",
+        done: "done", failed: "failed", cancelled: "cancelled"
+    })
+}

@@ -1,0 +1,30 @@
+import QtQuick
+import QtQuick.Controls
+
+// How far something is, from 0 to 1, without jumps.
+ProgressBar {
+    id: bar
+
+    property string label: "Progress"
+
+    Accessible.name: label
+    Behavior on value {
+        enabled: bar.visible && bar.value > 0
+        NumberAnimation { duration: Theme.calm }
+    }
+
+    background: Rectangle {
+        implicitHeight: 4
+        radius: 2
+        color: Theme.dark ? "#3a3d44" : "#d9d6cf"
+    }
+    contentItem: Item {
+        implicitHeight: 4
+        Rectangle {
+            width: bar.visualPosition * parent.width
+            height: parent.height
+            radius: 2
+            color: Theme.accent
+        }
+    }
+}
