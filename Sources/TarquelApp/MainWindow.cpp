@@ -45,10 +45,4 @@ MainWindow::~MainWindow() {
   delegate_.activeJobCount = nullptr;
 }
 
-void MainWindow::raise() {
-  window_->show();
-  window_->raise();
-  window_->requestActivate();
-}
-
 }  // namespace tq

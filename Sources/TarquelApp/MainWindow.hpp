@@ -24,9 +24,6 @@ class MainWindow {
 
   QQuickWindow& window() const { return *window_; }
 
-  /// Brings the window to the front.
-  void raise();
-
  private:
   AppDelegate& delegate_;
   FrameShelf shelf_;

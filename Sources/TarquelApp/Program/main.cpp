@@ -1,8 +1,8 @@
 // tarquel: the window.
 
+#include <QDBusConnection>
 #include <QGuiApplication>
-#include <QList>
-#include <QUrl>
+#include <QIcon>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -19,49 +19,62 @@
 #include "TarquelApp/AppDelegate.hpp"
 #include "TarquelApp/AppState.hpp"
 #include "TarquelApp/Appearance.hpp"
+#include "TarquelApp/Desktop/ApplicationID.hpp"
+#include "TarquelApp/Desktop/BringToFront.hpp"
+#include "TarquelApp/Desktop/FileBrowser.hpp"
+#include "TarquelApp/Desktop/LaunchRequest.hpp"
+#include "TarquelApp/Desktop/LauncherEntry.hpp"
+#include "TarquelApp/Desktop/SingleInstance.hpp"
+#include "TarquelApp/Desktop/SuspendInhibitor.hpp"
 #include "TarquelApp/DesktopActions.hpp"
+#include "TarquelApp/DesktopStatus.hpp"
 #include "TarquelApp/MainWindow.hpp"
-#include "TarquelApp/Text.hpp"
 
 namespace {
 
 using namespace tq;
 
-/// The clips and folders that the program was started with.
-QList<QUrl> namedFiles(std::span<char* const> arguments) {
-  QList<QUrl> files;
-  for (const char* argument : arguments) {
-    const QUrl url = QUrl::fromEncoded(argument, QUrl::StrictMode);
-    files.append(url.isLocalFile() ? url : qtFileURL(std::filesystem::absolute(argument)));
-  }
-  return files;
-}
+int run(QGuiApplication& application, const LaunchRequest& request) {
+  const QDBusConnection session = QDBusConnection::sessionBus();
+  SingleInstance instance(session);
+  if (instance.start(request) == SingleInstance::Role::handedOver) return EXIT_SUCCESS;
 
-int run(QGuiApplication& application, const QList<QUrl>& files) {
   setAppearance(desktopLooksDark());
   AppDelegate delegate;
-  DesktopActions desktop([](const std::filesystem::path&) {});
+  FileBrowser files(session);
+  DesktopActions desktop([&files](const std::filesystem::path& file) { files.show(file); });
   AppState state(AppSupportPaths::ofUser(), standardJobStages(std::make_shared<CurlSession>()));
+  LauncherEntry launcher(session);
+  SuspendInhibitor inhibitor(session, QDBusConnection::systemBus());
+  const DesktopStatus status(state, launcher, inhibitor);
   MainWindow window(state, delegate, desktop, std::make_shared<SystemClock>());
-  QObject::connect(&delegate, &AppDelegate::terminated, &application, [&] {
+
+  QObject::connect(&instance, &SingleInstance::filesOpened, &delegate, &AppDelegate::openURLs);
+  QObject::connect(&instance, &SingleInstance::activated, &delegate,
+                   [&window](const QString& token) { bringToFront(window.window(), token); });
+  QObject::connect(&delegate, &AppDelegate::terminated, &application, [&state] {
     state.finish();
     // A run under way may take long to stop, and there is nothing of it to keep.
     killRunningChildren();
     leaveAtOnce(EXIT_SUCCESS);
   });
-  delegate.openURLs(files);
+  delegate.openURLs(request.files);
   return QGuiApplication::exec();
 }
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  prepareForApplication();
-  QGuiApplication application(argumentCount, arguments);
-  QGuiApplication::setApplicationName(QStringLiteral("tarquel"));
-  QGuiApplication::setApplicationVersion(QStringLiteral(TQ_VERSION));
   try {
-    return run(application, namedFiles(std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(1)));
+    const auto named = std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(1);
+    const LaunchRequest request = LaunchRequest::read(named, std::filesystem::current_path());
+    prepareForApplication();
+    QGuiApplication application(argumentCount, arguments);
+    QGuiApplication::setApplicationName(QStringLiteral("tarquel"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(TQ_VERSION));
+    QGuiApplication::setDesktopFileName(ApplicationID::name());
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(ApplicationID::name()));
+    return run(application, request);
   } catch (const std::exception& error) {
     std::cerr << "tarquel: " << error.what() << "\n";
     return EXIT_FAILURE;
