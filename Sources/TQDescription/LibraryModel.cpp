@@ -28,13 +28,30 @@ std::string reasonOf(const std::exception& error) {
   return system ? system->reason() : userFacingDescription(error);
 }
 
+std::size_t objectsIn(JSONView json) {
+  std::size_t count = json.isObject() ? 1 : 0;
+  json.forEachElement([&](JSONView element) { count += objectsIn(element); });
+  json.forEachMember([&](std::string_view, JSONView member) { count += objectsIn(member); });
+  return count;
+}
+
+/// A record takes hundreds of bytes for an object of two, so a hostile sidecar could take gigabytes. Braces are quickly
+/// counted, and only where there are too many it matters which of them belong to texts.
+void refuseTooManyObjects(std::string_view text, JSONView json) {
+  constexpr std::size_t most = LibraryModel::mostObjectsOfASidecar;
+  if (static_cast<std::size_t>(std::count(text.begin(), text.end(), '{')) > most && objectsIn(json) > most)
+    throw DecodingError("the JSON has more than " + std::to_string(most) + " objects");
+}
+
 /// Reads sidecars one after the other, in the same memory.
 class SidecarReader {
  public:
   Outcome read(const fs::path& url) {
     try {
-      const ByteView content = SafeFile::readBounded(url, SafeFile::maxMetadataBytes, buffer_);
-      return Shared(decode<DescriptionResult>(document_.read(textOf(content))));
+      const std::string_view text = textOf(SafeFile::readBounded(url, SafeFile::maxMetadataBytes, buffer_));
+      const JSONView json = document_.read(text);
+      refuseTooManyObjects(text, json);
+      return Shared(decode<DescriptionResult>(json));
     } catch (const std::exception& error) {
       return reasonOf(error);
     }

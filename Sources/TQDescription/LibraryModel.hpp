@@ -19,13 +19,18 @@ struct LibraryModel {
   /// Told of a sidecar that was left out, and why, in words for a user that do not name the file again.
   using SkipCallback = std::function<void(const std::filesystem::path& url, const std::string& message)>;
 
+  /// A sidecar with more JSON objects is refused: 64 for each of the 4096 frames that are sampled at most. So whatever
+  /// 16 MiB of text say, a record takes a few hundred MB at most.
+  static constexpr std::size_t mostObjectsOfASidecar = std::size_t{1} << 18;
+
   /// Every `.description.json` of the folder, sorted by path; with `recursive` also those of the folders below it, the
   /// hidden ones included. Numbered siblings (`clip.description (2).json`), which an earlier run left, end in another
   /// way and so never show up as a second clip.
   ///
-  /// A sidecar of more than `SafeFile::maxMetadataBytes`, one that cannot be read and one that is no description is
-  /// left out and reported to `onSkip`, which may be empty, on the calling thread and in the order of the paths. Throws
-  /// what `collectSidecarURLs` throws. Works with `processorCount` threads, the caller's among them.
+  /// A sidecar of more than `SafeFile::maxMetadataBytes` or `mostObjectsOfASidecar`, one that cannot be read and one
+  /// that is no description is left out and reported to `onSkip`, which may be empty, on the calling thread and in the
+  /// order of the paths. Throws what `collectSidecarURLs` throws. Works with `processorCount` threads, the caller's
+  /// among them.
   static std::vector<LoadedSidecar> loadSidecars(const std::filesystem::path& from, bool recursive,
                                                  const SkipCallback& onSkip, std::size_t processorCount,
                                                  std::stop_token stop);

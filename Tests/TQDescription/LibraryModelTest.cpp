@@ -307,6 +307,33 @@ TEST_F(LibraryModelTest, RefusesNestingTenThousandLevelsDeep) {
                                   Pair("b.description.json", "the JSON is nested more than 256 levels deep")));
 }
 
+TEST_F(LibraryModelTest, RefusesASidecarWithMoreObjectsThanAnyDescriptionHas) {
+  const auto withShots = [&](const std::string& name, std::size_t count) {
+    std::string text = clipText("a");
+    const std::string shots = "\"shots\": []";
+    std::string list = "\"shots\": [{}";
+    for (std::size_t shot = 1; shot < count; ++shot)
+      list += ",{}";
+    folder_.write(name, text.replace(text.find(shots), shots.size(), list + "]"));
+  };
+  constexpr std::size_t otherObjects = 4;  // the record itself, source, engine and global
+  constexpr std::size_t mostShots = LibraryModel::mostObjectsOfASidecar - otherObjects;
+  withShots("a.description.json", mostShots);
+  withShots("b.description.json", mostShots + 1);
+  withShots("c.description.json", 5'000'000);
+  EXPECT_THAT(load(), ElementsAre("a.description.json"));
+  EXPECT_EQ(sidecars_.front().result->shots.size(), mostShots);
+  EXPECT_THAT(skips_, ElementsAre(Pair("b.description.json", "the JSON has more than 262144 objects"),
+                                  Pair("c.description.json", "the JSON has more than 262144 objects")));
+}
+
+TEST_F(LibraryModelTest, TakesBracesInATextForText) {
+  DescriptionResult braces = clip("a");
+  braces.summary = std::string(2 * LibraryModel::mostObjectsOfASidecar, '{');
+  folder_.write("a.description.json", textOf(braces));
+  EXPECT_THAT(load(), ElementsAre("a.description.json"));
+}
+
 TEST_F(LibraryModelTest, LetsTheLastOfEqualKeysStand) {
   std::string text = clipText("a");
   folder_.write("a.description.json", text.replace(text.rfind('}'), 1, ", \"summary\": 7, \"summary\": \"last\"}"));
