@@ -43,6 +43,17 @@ class Interrupt : public testing::Test {
   std::unique_ptr<RunningProgram> program_;
 };
 
+TEST_F(Interrupt, AClosedPipeCancelsWithoutAWord) {
+  user.surroundings.outputIsAbandoned = true;
+  user.addClip("next.mp4");
+  RunningProgram& program = start({"next.mp4"});
+  letTheToolEnd();
+  const Outcome outcome = program.finish();
+  EXPECT_EQ(outcome.status, 128 + SIGPIPE);
+  EXPECT_EQ(outcome.errors, "");
+  EXPECT_FALSE(std::filesystem::exists(user.clips() / "next.description.json"));
+}
+
 TEST_F(Interrupt, TheFirstOneCancelsAndWaitsForTheTool) {
   user.addClip("next.mp4");
   RunningProgram& program = start({"next.mp4"});

@@ -70,6 +70,16 @@ TEST(LibraryProgram, HelpAndVersionAreNoWork) {
   EXPECT_FALSE(fs::exists(user.privateFolder()));
 }
 
+TEST(LibraryProgram, AClosedPipeIsAQuietEnd) {
+  User user;
+  addDescription(user, "a.mp4", "A boat.");
+  user.surroundings.outputIsAbandoned = true;
+  const Outcome outcome = user.runLibrary({"search", ".", "boat"});
+  EXPECT_EQ(outcome.status, 128 + SIGPIPE);
+  EXPECT_THAT(outcome.errors, testing::Not(HasSubstr("tarquel-library:")));
+  EXPECT_EQ(user.runLibrary({"--help"}).status, 128 + SIGPIPE);
+}
+
 TEST(LibraryProgram, AWrongCommandLineHasAStatusOfItsOwn) {
   User user;
   const Outcome outcome = user.runLibrary({"find", "."});

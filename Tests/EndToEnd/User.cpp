@@ -86,6 +86,7 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
 RunningProgram::RunningProgram(const Arguments& arguments, const Surroundings& surroundings) {
   auto [outputRead, outputWrite] =
       surroundings.terminalColumns ? makeTerminal(*surroundings.terminalColumns) : makePipe();
+  if (surroundings.outputIsAbandoned) outputRead = Descriptor();
   auto [errorRead, errorWrite] = makePipe();
   std::vector<std::string> words{surroundings.program.string()};
   words.insert(words.end(), arguments.begin(), arguments.end());

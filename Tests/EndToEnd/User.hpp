@@ -34,6 +34,7 @@ struct Surroundings {
   std::map<std::string, std::string> environment;
   std::optional<rlim_t> largestFile;              ///< bytes; a longer file cannot be written, as on a full disk
   std::optional<unsigned short> terminalColumns;  ///< the output goes to a terminal that wide
+  bool outputIsAbandoned = false;                 ///< nobody reads the output
 };
 
 /// The built program at work. Its own process; killed if the test ends before it does.

@@ -48,7 +48,8 @@ class LibraryHarness {
                                            .out = out,
                                            .errors = errors,
                                            .terminalColumns = terminalColumns,
-                                           .tools = tools};
+                                           .tools = tools,
+                                           .isOutputAbandoned = [this] { return isOutputAbandoned; }};
     return library::run(library::parseOptions(arguments), environment, stop.get_token());
   }
 
@@ -70,6 +71,7 @@ class LibraryHarness {
   std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
   std::optional<int> terminalColumns;
   ToolSearch tools = ToolSearch::standard();
+  bool isOutputAbandoned = false;
   std::stop_source stop;
   std::ostringstream out, errors;
 };

@@ -19,6 +19,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
+using tools::abandoned;
 using tools::allDone;
 using tools::notAllDone;
 
@@ -160,6 +161,14 @@ TEST_F(LibraryRunner, AnOutputThatCannotBeWrittenIsAnError) {
   out.setstate(std::ios::badbit);
   EXPECT_EQ(run("search", {"sea"}), notAllDone);
   EXPECT_THAT(errors.str(), EndsWith("tarquel-library: The output cannot be written.\n"));
+}
+
+TEST_F(LibraryRunner, AnOutputThatNobodyReadsAnyMoreIsNoError) {
+  addThree();
+  out.setstate(std::ios::badbit);
+  isOutputAbandoned = true;
+  EXPECT_EQ(run("search", {"sea"}), abandoned);
+  EXPECT_THAT(errors.str(), Not(HasSubstr("tarquel-library:")));
 }
 
 TEST_F(LibraryRunner, AStopRequestEndsTheWork) {

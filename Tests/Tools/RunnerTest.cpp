@@ -22,7 +22,8 @@ using testing::StartsWith;
 class RunnerTest : public testing::Test {
  protected:
   std::unique_ptr<Runner> makeRunner() {
-    return std::make_unique<Runner>(harness.settings, harness.secrets, harness.stages, out, std::nullopt);
+    return std::make_unique<Runner>(harness.settings, harness.secrets, harness.stages, out, std::nullopt,
+                                    [this] { return isOutputAbandoned; });
   }
 
   ExitStatus describe(const std::vector<fs::path>& clips) { return makeRunner()->describe({.clips = clips}); }
@@ -33,6 +34,7 @@ class RunnerTest : public testing::Test {
 
   PipelineHarness harness;
   std::ostringstream out;
+  bool isOutputAbandoned = false;
 };
 
 TEST_F(RunnerTest, PrintsEveryPathThatWasWritten) {
@@ -115,6 +117,25 @@ TEST_F(RunnerTest, AnInterruptCancelsWhatRunsAndWhatWaits) {
             "0 of 3 clips described, 3 cancelled\n");
   EXPECT_EQ(gate.arrivals(), 1) << "nothing was started any more";
   EXPECT_THAT(namesIn(harness.folder.path()), ElementsAre("a.mp4", "b.mp4", "c.mp4"));
+}
+
+TEST_F(RunnerTest, ARunThatNobodyFollowsAnyMoreIsCancelled) {
+  harness.settings.maxConcurrentJobs = 1;
+  Gate gate;
+  harness.answer = [&](const VisionRequest&, const std::stop_token& stop) -> VisionResponse {
+    gate.pass(stop);
+    return {};
+  };
+  out.setstate(std::ios::badbit);
+  isOutputAbandoned = true;
+  EXPECT_EQ(describe({clip("a.mp4"), clip("b.mp4")}), abandoned);
+  EXPECT_THAT(namesIn(harness.folder.path()), ElementsAre("a.mp4", "b.mp4"));
+}
+
+TEST_F(RunnerTest, ARunGoesOnWhenItsWordsCannotBeWritten) {
+  out.setstate(std::ios::badbit);
+  EXPECT_EQ(describe({clip("a.mp4")}), allDone);
+  EXPECT_TRUE(fs::exists(harness.folder / "a.description.md"));
 }
 
 TEST_F(RunnerTest, AnInterruptLeavesFinishedClipsFinished) {

@@ -14,10 +14,12 @@ constexpr std::chrono::milliseconds betweenTicks{500};
 }  // namespace
 
 Runner::Runner(AppSettings settings, std::shared_ptr<const SecretsStore> secrets, JobStages stages, std::ostream& out,
-               std::optional<int> terminalColumns)
+               std::optional<int> terminalColumns, std::function<bool()> isOutputAbandoned)
     : settings_(std::move(settings)),
       secrets_(std::move(secrets)),
       stages_(std::move(stages)),
+      out_(out),
+      isOutputAbandoned_(std::move(isOutputAbandoned)),
       display_(out, terminalColumns, *stages_.clock) {
   recordOutputs();
   JobList::Observer& view = *this;
@@ -83,6 +85,12 @@ void Runner::noteInterrupt() {
   queue_->cancelAll();
 }
 
+void Runner::noteAbandonment() {
+  if (out_ || wasAbandoned_ || !isOutputAbandoned_()) return;
+  wasAbandoned_ = true;
+  noteInterrupt();
+}
+
 void Runner::take(const Worklist& work) {
   if (work.upToDate > 0) display_.say(upToDateText(work));
   if (wasInterrupted_ || work.clips.empty()) return;
@@ -91,13 +99,16 @@ void Runner::take(const Worklist& work) {
 }
 
 void Runner::turnLoopWhile(const std::function<bool()>& isToGoOn) {
-  while (isToGoOn())
+  while (isToGoOn()) {
     if (!loop_.runNext(betweenTicks)) display_.tick();
+    noteAbandonment();
+  }
 }
 
 ExitStatus Runner::finish() {
   queue_.reset();
   display_.finish();
+  if (wasAbandoned_) return abandoned;
   if (hasCancelled_) return interrupted;
   return hasFailed_ ? notAllDone : allDone;
 }

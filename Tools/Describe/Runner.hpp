@@ -27,8 +27,10 @@ using enum tools::ExitStatus;
 /// with it: what a stopped run leaves undone is known by the descriptions that are missing.
 class Runner : private JobList::Observer, private WorkQueue::Observer {
  public:
+  /// `isOutputAbandoned` tells, once `out` has failed, whether anybody may still read there. A run that nobody follows
+  /// any more is cancelled without a word, as a program in a pipe ends with its reader.
   Runner(AppSettings settings, std::shared_ptr<const SecretsStore> secrets, JobStages stages, std::ostream& out,
-         std::optional<int> terminalColumns);
+         std::optional<int> terminalColumns, std::function<bool()> isOutputAbandoned);
 
   /// Blocks until every clip has ended. Neither this nor `watch` is to be called twice.
   ExitStatus describe(const Worklist& work);
@@ -47,6 +49,7 @@ class Runner : private JobList::Observer, private WorkQueue::Observer {
   void recordOutputs();
   void take(const Worklist& work);
   void noteInterrupt();
+  void noteAbandonment();
   /// Returns when nothing works on any clip any more, which may be a while after the last one was cancelled.
   ExitStatus finish();
   void turnLoopWhile(const std::function<bool()>& isToGoOn);
@@ -55,10 +58,13 @@ class Runner : private JobList::Observer, private WorkQueue::Observer {
   const AppSettings settings_;
   const std::shared_ptr<const SecretsStore> secrets_;
   JobStages stages_;
+  std::ostream& out_;
+  const std::function<bool()> isOutputAbandoned_;
   ProgressDisplay display_;
   EventLoop loop_;
   std::unique_ptr<WorkQueue> queue_;
   bool wasInterrupted_ = false;
+  bool wasAbandoned_ = false;
   bool hasFailed_ = false;
   bool hasCancelled_ = false;
   std::mutex outputsMutex_;

@@ -123,7 +123,8 @@ ExitStatus describeInputs(const Options& options) {
   const auto secrets = std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>());
 
   holdInterrupts();  // the session starts a thread
-  Runner runner(settings, secrets, standardJobStages(std::make_shared<CurlSession>()), std::cout, terminalColumns());
+  Runner runner(settings, secrets, standardJobStages(std::make_shared<CurlSession>()), std::cout, terminalColumns(),
+                isOutputAbandoned);
   const InterruptWatcher watcher([&runner](int count) {
     if (count == 1) {
       runner.interrupt();

@@ -214,8 +214,9 @@ ExitStatus perform(const Options& options, const Environment& environment, const
 
 ExitStatus run(const Options& options, const Environment& environment, const std::stop_token& stop) {
   const ExitStatus status = perform(options, environment, stop);
-  if (!environment.out.flush()) return failed(environment, "The output cannot be written.");
-  return status;
+  if (environment.out.flush()) return status;
+  if (environment.isOutputAbandoned()) return tools::abandoned;
+  return failed(environment, "The output cannot be written.");
 }
 
 }  // namespace tq::library

@@ -25,6 +25,8 @@ struct Environment {
   std::ostream& errors;                       ///< everything else
   std::optional<int> terminalColumns;         ///< of `out`; absent where it is no terminal
   ToolSearch tools = ToolSearch::standard();  ///< where ffmpeg is looked for
+  /// Whether nobody can read `out` any more, asked for once it has failed. That is no error then.
+  std::function<bool()> isOutputAbandoned = [] { return false; };
 };
 
 /// Does what the command line asks for and shows it. Throws what ends the work in words for a user, and `Cancelled`.

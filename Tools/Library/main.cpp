@@ -45,7 +45,8 @@ int main(int argumentCount, char** arguments) {
                                 .processorCount = std::max(1u, std::thread::hardware_concurrency()),
                                 .out = std::cout,
                                 .errors = std::cerr,
-                                .terminalColumns = terminalColumns()};
+                                .terminalColumns = terminalColumns(),
+                                .isOutputAbandoned = isOutputAbandoned};
   try {
     const Options options = parseOptions({arguments + 1, arguments + argumentCount});
     if (options.help) {

@@ -11,8 +11,8 @@
 
 namespace tq::tools {
 
-/// The exit statuses of all programs.
-enum ExitStatus : int { allDone = 0, notAllDone = 1, wrongUsage = 2, interrupted = 130 };
+/// The exit statuses of all programs. The last two are what a shell says of a program that SIGINT or SIGPIPE ended.
+enum ExitStatus : int { allDone = 0, notAllDone = 1, wrongUsage = 2, interrupted = 130, abandoned = 141 };
 
 /// The command line cannot be understood. `what()` is one sentence for whoever typed it.
 class UsageError final : public std::runtime_error {
