@@ -13,9 +13,10 @@ static_assert(stopwords.size() == 27);
 
 constexpr std::size_t longest = 6;
 
-/// The bytes of a word that is not too long, as one number: they are compared for every word of every record.
+/// The bytes of a word that is not too long, as one number: they are compared for every word of every record. The 1
+/// before them keeps zero bytes at the start.
 constexpr std::uint64_t packed(std::string_view word) {
-  std::uint64_t number = 0;
+  std::uint64_t number = 1;
   for (const char c : word)
     number = number << 8 | static_cast<unsigned char>(c);
   return number;

@@ -82,6 +82,12 @@ TEST(Tokenize, TakesANULForALetter) {
   EXPECT_EQ(SearchEngine::tokenize(std::string_view("a\0b c", 5)), (Words{std::string("a\0b", 3), "c"}));
 }
 
+TEST(Tokenize, DropsNoWordThatOnlyEndsLikeOneThatSaysNothing) {
+  using std::string_literals::operator""s;
+  const Words words{"\0a"s, "\0\0the"s, "xa", "clip\0"s};
+  EXPECT_EQ(SearchEngine::tokenize("\0a \0\0the xa clip\0"s), words);
+}
+
 TEST(Tokens, AreThoseOfAllTexts) {
   EXPECT_EQ(SearchEngine::tokens(Words{"Sea beach", "", "the beach, Palm"}), (WordSet{"beach", "palm", "sea"}));
   EXPECT_EQ(SearchEngine::tokens({}), WordSet{});
