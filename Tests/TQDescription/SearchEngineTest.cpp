@@ -1,3 +1,4 @@
+#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numeric>
@@ -306,6 +307,11 @@ TEST(EditDistance, CountsCharactersNotBytes) {
 
 TEST(NormalizeScores, SpreadsOverZeroToOne) {
   EXPECT_EQ(SearchEngine::normalizeScores(std::vector{2.0, 4.0, 3.0}), (std::vector{0.0, 1.0, 0.5}));
+}
+
+TEST(NormalizeScores, SpreadsHoweverCloseTheScoresAre) {
+  const double next = std::nextafter(2.0, 3.0);
+  EXPECT_EQ(SearchEngine::normalizeScores(std::vector{next, 2.0}), (std::vector{1.0, 0.0}));
 }
 
 TEST(NormalizeScores, OfNoneAreNone) {

@@ -133,7 +133,8 @@ TEST(Search, OfFacetsAloneScoresNothing) {
 }
 
 TEST(Search, NarrowsWordsByFacets) {
-  const Records records{withTheme(clip("a.mov", "beach"), "sea"), withTheme(clip("b.mov", "beach"), "night")};
+  const Records records{withTheme(clip("a.mov", "beach"), "sea"), withTheme(clip("b.mov", "beach"), "night"),
+                        withTheme(clip("c.mov", "city"), "night")};
   EXPECT_EQ(filenames(found("beach", records, {{FacetField::theme, {"night"}}, {FacetField::mood, {}}})),
             Words{"b.mov"});
 }
@@ -211,6 +212,14 @@ TEST(HybridSearch, BlendsBothScores) {
                   hit("c.mov", 0.25 * 0.75, {})}));
 }
 
+TEST(HybridSearch, AddsTheTwoSharesToTheLastBit) {
+  constexpr double weight = 0.2;
+  constexpr double semantic = (0.4 + 1.0) * 0.5;
+  constexpr double expected = (1 - weight) * 1.0 + weight * semantic;
+  static_assert(expected != 1.0 + weight * (semantic - 1.0), "the example shows the order by its last bit");
+  EXPECT_EQ(blended("sunset", beaches, {{"b.mov", 0.4}}, {.weight = weight}), Hits{hit("b.mov", expected, {"sunset"})});
+}
+
 TEST(HybridSearch, WithoutSimilaritiesRanksByWords) {
   EXPECT_EQ(blended("sunset beach", beaches, {}),
             (Hits{hit("b.mov", 0.5, {"beach", "sunset"}), hit("a.mov", 0, {"beach"})}));
@@ -284,6 +293,12 @@ TEST(HybridSearch, OfEqualFilenamesTheLaterHitAndTheFirstRecordStay) {
 
   const Records silent{withOneLine(clip("a.mov", ""), "first"), clip("a.mov", "beach")};
   EXPECT_EQ(blended("beach", silent, {}).at(0), (SearchHit{"a.mov", 0.5, "first", {"beach"}}));
+}
+
+TEST(HybridSearch, TheLaterOfTwoHitsIsTheWeakerOneWhereverItsRecordStands) {
+  const Records records{withOneLine(clip("a.mov", "beach"), "weaker"),
+                        withOneLine(clip("a.mov", "beach sunset"), "stronger"), clip("b.mov", "beach sunset palm")};
+  EXPECT_EQ(blended("beach sunset palm", records, {}).at(1), (SearchHit{"a.mov", 0, "weaker", {"beach"}}));
 }
 
 TEST(HybridSearch, OfEqualFilenamesAndScoresTheLaterRecordStays) {

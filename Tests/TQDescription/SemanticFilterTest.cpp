@@ -112,8 +112,8 @@ TEST_F(SemanticFilter, LeavesOutWhatIsNotNearEnough) {
     });
     return stemsOf(found("ocean", embedder));
   };
-  EXPECT_THAT(with(0.21), ElementsAre("b", "a"));
-  EXPECT_THAT(with(0.19), IsEmpty());
+  EXPECT_THAT(with(0.20001), ElementsAre("b", "a"));
+  EXPECT_THAT(with(0.19999), IsEmpty());
 }
 
 TEST_F(SemanticFilter, AsksForTheTrimmedQueryAlone) {
