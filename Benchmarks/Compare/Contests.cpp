@@ -12,6 +12,7 @@
 #include "TQFrames/FrameExtractor.hpp"
 #include "TQFrames/PlatformDecoding.hpp"
 #include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/PictureRuns.hpp"
 
 namespace tq::compare {
 
@@ -31,8 +32,14 @@ struct Subject {
   std::optional<double> scenesGoal;
 };
 
-int threads() {
-  return decoderThreads(std::thread::hardware_concurrency());
+DecodingPlan planFor(const fs::path& clip, const std::vector<double>& times) {
+  MediaAsset asset(clip);
+  return decodingPlan(std::thread::hardware_concurrency(), pictureRuns(asset, times, 0.2, {}).size(),
+                      pictureSize(asset));
+}
+
+DecodingPlan planForPass(const fs::path& clip) {
+  return decodingPlan(std::thread::hardware_concurrency(), 1, pictureSize(MediaAsset(clip)));
 }
 
 std::vector<double> twelveTimes(const fs::path& clip) {
@@ -46,19 +53,22 @@ std::vector<Bytes> ourFrames(const fs::path& clip) {
   return jpegs;
 }
 
+/// With as many readers and threads as the product has.
 std::vector<Bytes> floorsFrames(const fs::path& clip) {
-  return floorFrames(clip, twelveTimes(clip), static_cast<int>(twelveFrames.maxEdgePixels),
-                     static_cast<int>(100 * twelveFrames.jpegQuality), threads());
+  const std::vector<double> times = twelveTimes(clip);
+  const auto [readers, threads] = planFor(clip, times);
+  return floorFrames(clip, times, static_cast<int>(twelveFrames.maxEdgePixels),
+                     static_cast<int>(100 * twelveFrames.jpegQuality), readers, threads);
 }
 
 std::vector<double> ourChoice(const fs::path& clip) {
   MediaAsset asset(clip);
-  return samplePlatformTimes(asset, asset.duration(), {}, threads(), {});
+  return samplePlatformTimes(asset, asset.duration(), {}, std::thread::hardware_concurrency(), {});
 }
 
 std::vector<double> floorsChoice(const fs::path& clip) {
   const std::vector<double> times = candidateTimes(MediaAsset(clip).duration());
-  const std::vector<std::uint64_t> hashes = floorHashes(clip, times, threads());
+  const std::vector<std::uint64_t> hashes = floorHashes(clip, times, planForPass(clip).threads);
   std::vector<HashedTime> hashed;
   for (std::size_t index = 0; index < times.size(); ++index)
     hashed.push_back({times[index], hashes[index]});

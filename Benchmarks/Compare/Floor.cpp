@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
+#include <thread>
 #include <turbojpeg.h>
 
 #include "TQPlatform/JPEGColours.hpp"
@@ -46,6 +48,16 @@ class Reader {
   }
 
   void passLoopFilter() { codec_->skip_loop_filter = AVDISCARD_ALL; }
+
+  /// Where in `times` those of another group of pictures begin, and their end. No frame serves times of two groups.
+  std::vector<std::size_t> groupsOf(const std::vector<double>& times) const {
+    std::vector<std::size_t> begins{0};
+    for (std::size_t index = 1; index < times.size(); ++index)
+      if (keyFor(times[index]) != keyFor(times[index - 1]) && times[index] - times[index - 1] > 2 * tolerance)
+        begins.push_back(index);
+    begins.push_back(times.size());
+    return begins;
+  }
 
   /// The frame at `times[index]`, until the next call.
   const AVFrame& at(const std::vector<double>& times, std::size_t index) {
@@ -158,6 +170,27 @@ class Scaler {
   libav::Owned<AVFrame> target_;
 };
 
+/// Brings planar frames of BT.709 down to a size, in the colours of a JPEG.
+class Shrinker {
+ public:
+  Shrinker(const AVFrame& source, int maxEdge) {
+    const double scale = std::min(1.0, static_cast<double>(maxEdge) / std::max(source.width, source.height));
+    const int width = static_cast<int>(std::lround(source.width * scale));
+    const int height = static_cast<int>(std::lround(source.height * scale));
+    scaler_.emplace(source, width, height, AV_PIX_FMT_YUV420P10, SWS_BICUBIC);
+    planes_ = makePlanes(width, height, AV_PIX_FMT_YUV420P);
+  }
+
+  const AVFrame& shrink(const AVFrame& source) {
+    toJPEGColours(scaler_->scale(source), {.matrix = SWS_CS_ITU709}, *planes_);
+    return *planes_;
+  }
+
+ private:
+  std::optional<Scaler> scaler_;
+  libav::Owned<AVFrame> planes_;
+};
+
 Bytes encode(tjhandle encoder, const AVFrame& frame, int quality) {
   const std::uint8_t* planes[] = {frame.data[0], frame.data[1], frame.data[2]};
   unsigned char* bytes = nullptr;
@@ -189,24 +222,26 @@ int onTheWay(int from, int to) {
 }  // namespace
 
 std::vector<Bytes> floorFrames(const std::filesystem::path& clip, const std::vector<double>& times, int maxEdge,
-                               int quality, int threads) {
-  Reader reader(clip, threads);
-  const std::unique_ptr<void, decltype(&tjDestroy)> encoder(tjInitCompress(), &tjDestroy);
-  std::optional<Scaler> scaler;
-  libav::Owned<AVFrame> planes;
-  std::vector<Bytes> frames;
-  for (std::size_t index = 0; index < times.size(); ++index) {
-    const AVFrame& frame = reader.at(times, index);
-    if (!scaler) {
-      const double scale = std::min(1.0, static_cast<double>(maxEdge) / std::max(frame.width, frame.height));
-      const int width = static_cast<int>(std::lround(frame.width * scale));
-      const int height = static_cast<int>(std::lround(frame.height * scale));
-      scaler.emplace(frame, width, height, AV_PIX_FMT_YUV420P10, SWS_BICUBIC);
-      planes = makePlanes(width, height, AV_PIX_FMT_YUV420P);
-    }
-    toJPEGColours(scaler->scale(frame), {.matrix = SWS_CS_ITU709}, *planes);
-    frames.push_back(encode(encoder.get(), *planes, quality));
-  }
+                               int quality, std::size_t readers, int threads) {
+  std::vector<Bytes> frames(times.size());
+  const std::vector<std::size_t> groups = Reader(clip, 1).groupsOf(times);
+  std::atomic<std::size_t> next = 0;
+  const auto read = [&] {
+    Reader reader(clip, threads);
+    const std::unique_ptr<void, decltype(&tjDestroy)> encoder(tjInitCompress(), &tjDestroy);
+    std::optional<Shrinker> shrinker;
+    for (std::size_t group = next++; group + 1 < groups.size(); group = next++)
+      for (std::size_t index = groups[group]; index < groups[group + 1]; ++index) {
+        const AVFrame& frame = reader.at(times, index);
+        if (!shrinker) shrinker.emplace(frame, maxEdge);
+        frames[index] = encode(encoder.get(), shrinker->shrink(frame), quality);
+      }
+  };
+  std::vector<std::jthread> others;
+  for (std::size_t other = 1; other < readers; ++other)
+    others.emplace_back(read);
+  read();
+  others.clear();
   return frames;
 }
 

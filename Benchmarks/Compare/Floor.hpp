@@ -12,9 +12,10 @@ namespace tq::compare {
 // and of ordinary brightness, that every packet has a time and that the times asked for rise, they keep one scaler for
 // all frames, and they check nothing. They give the very bytes that the product gives.
 
-/// JPEGs of the frames at `times` (seconds), the longer side brought down to `maxEdge`.
+/// JPEGs of the frames at `times` (seconds), the longer side brought down to `maxEdge`. So many `readers` share the
+/// groups of pictures, each on a thread of its own, and each decodes with so many `threads`.
 std::vector<Bytes> floorFrames(const std::filesystem::path& clip, const std::vector<double>& times, int maxEdge,
-                               int quality, int threads);
+                               int quality, std::size_t readers, int threads);
 
 /// Difference hashes of the frames at `times`.
 std::vector<std::uint64_t> floorHashes(const std::filesystem::path& clip, const std::vector<double>& times,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <exception>
 #include <map>
 #include <mutex>
 #include <string>
@@ -52,6 +54,31 @@ class Collection {
   std::size_t bytes_ = 0;
 };
 
+/// The failure of the earliest run. Runs begin in order, so all before it have begun and tell of theirs.
+class FirstFailure {
+ public:
+  void note(std::size_t run, std::exception_ptr error) {
+    const std::lock_guard lock(mutex_);
+    if (run >= run_) return;
+    run_ = run;
+    error_ = std::move(error);
+  }
+
+  bool isBefore(std::size_t run) const {
+    const std::lock_guard lock(mutex_);
+    return run_ < run;
+  }
+
+  void rethrow() const {
+    if (error_) std::rethrow_exception(error_);
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::size_t run_ = SIZE_MAX;
+  std::exception_ptr error_;
+};
+
 std::int64_t inSixHundredths(double time) {
   constexpr double limit = 9e15;
   return std::llround(std::clamp(time * 600, -limit, limit));
@@ -82,19 +109,34 @@ std::vector<ExtractedFrame> extractFramesFFmpegBatch(const FrameAt& frameAt, con
   return assembleFrames(collection.take(), times, "ffmpeg batch");
 }
 
-std::vector<ExtractedFrame> extractFramesPlatformBatch(const FrameAt& frameAt, const std::vector<double>& times,
-                                                       FrameEncoding encoding, const ExtractionProgress& progress,
-                                                       std::stop_token stop) {
+std::vector<ExtractedFrame> extractFramesPlatformBatch(const std::vector<PictureRun>& runs, const OpenRun& open,
+                                                       std::size_t window, FrameEncoding encoding,
+                                                       const ExtractionProgress& progress, std::stop_token stop) {
+  std::vector<double> times;
+  for (const PictureRun& run : runs)
+    times.insert(times.end(), run.begin(), run.end());
   std::map<std::int64_t, std::size_t> indexOf;
   for (std::size_t index = 0; index < times.size(); ++index)
     indexOf[inSixHundredths(times[index])] = index;
   Collection collection(times.size(), progress);
-  for (const double requested : times) {
-    throwIfStopped(stop);
-    const std::size_t index = indexOf.at(inSixHundredths(requested));
-    const Image image = platformImage(frameAt, times[index], stop);
-    collection.store(index, encoded(image, times[index], encoding));
-  }
+  FirstFailure failure;
+  forEachWindowed(runs.size(), window, stop, [&](std::size_t run, const std::stop_token& runStop) {
+    try {
+      const FrameAt frameAt = open(runs[run]);
+      for (const double requested : runs[run]) {
+        if (failure.isBefore(run)) return;
+        throwIfStopped(runStop);
+        const std::size_t index = indexOf.at(inSixHundredths(requested));
+        const Image image = platformImage(frameAt, times[index], runStop);
+        collection.store(index, encoded(image, times[index], encoding));
+      }
+    } catch (const Cancelled&) {
+      throw;
+    } catch (...) {
+      failure.note(run, std::current_exception());
+    }
+  });
+  failure.rethrow();
   return assembleFrames(collection.take(), times, "AVFoundation batch");
 }
 

@@ -10,6 +10,7 @@
 
 #include "TQCore/Models/ExtractedFrame.hpp"
 #include "TQFrames/SamplingTimes.hpp"
+#include "TQPlatform/PictureRuns.hpp"
 
 namespace tq {
 
@@ -33,12 +34,15 @@ std::vector<ExtractedFrame> extractFramesFFmpegBatch(const FrameAt& frameAt, con
                                                      FrameEncoding encoding, std::size_t window,
                                                      const ExtractionProgress& progress, std::stop_token stop);
 
-/// One frame for each time, by `frameAt` called for one after the other. Times are told apart to a 600th of a second;
-/// of those that coincide only the last gets the frame, and the batch fails. A picture that cannot be decoded fails the
-/// batch with `TQError::frameExtractionFailed`. Throws `Cancelled`.
-std::vector<ExtractedFrame> extractFramesPlatformBatch(const FrameAt& frameAt, const std::vector<double>& times,
-                                                       FrameEncoding encoding, const ExtractionProgress& progress,
-                                                       std::stop_token stop);
+/// Gives what decodes a run of times: it is called for one after the other, on one thread.
+using OpenRun = std::function<FrameAt(const PictureRun& run)>;
+
+/// One frame for each time of all runs, up to `window` runs at once, begun in their order. Times are told apart to a
+/// 600th of a second; of those that coincide only the last gets the frame, and the batch fails. A picture that cannot
+/// be decoded fails the batch with `TQError::frameExtractionFailed`; of several the first in time. Throws `Cancelled`.
+std::vector<ExtractedFrame> extractFramesPlatformBatch(const std::vector<PictureRun>& runs, const OpenRun& open,
+                                                       std::size_t window, FrameEncoding encoding,
+                                                       const ExtractionProgress& progress, std::stop_token stop);
 
 /// The frames in order. Throws `TQError::frameExtractionFailed` for the first that is missing from `batch`.
 std::vector<ExtractedFrame> assembleFrames(std::vector<std::optional<ExtractedFrame>> frames,

@@ -69,10 +69,9 @@ Extraction FrameExtractor::extractOnPlatform(const fs::path& url, const Sampling
                                              const ExtractionProgress& progress, const std::stop_token& stop) const {
   MediaAsset asset(url, stop);
   VideoMetadata meta = loadMetadataPlatform(asset, url);
-  const int threads = decoderThreads(host_.processorCount);
-  const auto times = required(samplePlatformTimes(asset, meta.duration, config, threads, stop));
-  auto frames =
-      extractPlatformFrames(asset, times, {config.maxEdgePixels, config.jpegQuality}, threads, progress, stop);
+  const auto times = required(samplePlatformTimes(asset, meta.duration, config, host_.processorCount, stop));
+  auto frames = extractPlatformFrames(asset, times, {config.maxEdgePixels, config.jpegQuality}, host_.processorCount,
+                                      progress, stop);
   return {std::move(frames), std::move(meta)};
 }
 

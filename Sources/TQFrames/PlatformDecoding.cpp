@@ -1,9 +1,15 @@
 #include "TQFrames/PlatformDecoding.hpp"
 
 #include <algorithm>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
 
 #include "TQFrames/AdaptiveSampling.hpp"
 #include "TQPlatform/ImageGenerator.hpp"
+#include "TQPlatform/PictureRuns.hpp"
 
 namespace tq {
 
@@ -11,28 +17,104 @@ namespace {
 
 constexpr double tolerance = 0.2;  // seconds
 
-FrameAt picturesOf(ImageGenerator& generator, const std::vector<double>& times) {
-  generator.expect(times);
-  return [&generator](double seconds, const std::stop_token& stop) { return generator.image(seconds, stop); };
+/// The clip as often as it is open: once for each reader at work.
+class OpenClips {
+ public:
+  explicit OpenClips(MediaAsset& first) : first_(first), idle_{&first} {}
+
+  MediaAsset& take(const std::stop_token& stop) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (!idle_.empty()) {
+        MediaAsset* clip = idle_.back();
+        idle_.pop_back();
+        return *clip;
+      }
+    }
+    MediaAsset clip = first_.another(stop);
+    const std::lock_guard lock(mutex_);
+    return others_.emplace_back(std::move(clip));
+  }
+
+  void giveBack(MediaAsset& clip) {
+    const std::lock_guard lock(mutex_);
+    idle_.push_back(&clip);
+  }
+
+ private:
+  const MediaAsset& first_;
+  std::mutex mutex_;
+  std::list<MediaAsset> others_;
+  std::vector<MediaAsset*> idle_;
+};
+
+/// A generator on a clip that is open anyway, or is opened for it.
+class Reader {
+ public:
+  Reader(OpenClips& clips, const PictureRun& run, int threads, const std::stop_token& stop)
+      : clips_(clips), clip_(clips.take(stop)), generator_(std::in_place, clip_, tolerance, threads) {
+    generator_->expect(run);
+  }
+
+  ~Reader() {
+    generator_.reset();
+    clips_.giveBack(clip_);
+  }
+
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
+
+  Image image(double seconds, const std::stop_token& stop) { return generator_->image(seconds, stop); }
+
+ private:
+  OpenClips& clips_;
+  MediaAsset& clip_;
+  std::optional<ImageGenerator> generator_;
+};
+
+/// Opens with the first picture, so that a clip that cannot be opened again fails that one.
+FrameAt picturesOf(OpenClips& clips, const PictureRun& run, int threads) {
+  const auto reader = std::make_shared<std::optional<Reader>>();
+  return [&clips, &run, threads, reader](double seconds, const std::stop_token& stop) {
+    if (!*reader) reader->emplace(clips, run, threads, stop);
+    return (*reader)->image(seconds, stop);
+  };
 }
 
 }  // namespace
 
-int decoderThreads(std::size_t processorCount) {
-  return static_cast<int>(std::clamp(processorCount, std::size_t{1}, std::size_t{4}));
+DecodingPlan decodingPlan(std::size_t processorCount, std::size_t runs, std::int64_t pixels) {
+  constexpr std::int64_t fourK = 4096 * 2304;
+  if (pixels > fourK) return {1, 1};
+  const std::size_t atOnce = std::clamp(processorCount, std::size_t{1}, std::size_t{4});
+  const std::size_t readers = std::clamp(runs, std::size_t{1}, atOnce);
+  return {readers, static_cast<int>(atOnce / readers)};
 }
 
-std::vector<double> samplePlatformTimes(MediaAsset& asset, double duration, const SamplingConfig& config, int threads,
-                                        std::stop_token stop) {
-  ImageGenerator generator(asset, tolerance, threads, Fidelity::approximate);
-  return sampleTimes(duration, config, picturesOf(generator, candidateTimes(duration)), std::move(stop));
+std::int64_t pictureSize(const MediaAsset& asset) {
+  const auto videos = asset.tracks(MediaType::video);
+  return videos.empty() ? 0 : std::int64_t{videos.front().naturalWidth} * videos.front().naturalHeight;
+}
+
+std::vector<double> samplePlatformTimes(MediaAsset& asset, double duration, const SamplingConfig& config,
+                                        std::size_t processorCount, std::stop_token stop) {
+  const DecodingPlan plan = decodingPlan(processorCount, 1, pictureSize(asset));
+  ImageGenerator generator(asset, tolerance, plan.threads, Fidelity::approximate);
+  generator.expect(candidateTimes(duration));
+  const FrameAt frameAt = [&](double seconds, const std::stop_token& itsStop) {
+    return generator.image(seconds, itsStop);
+  };
+  return sampleTimes(duration, config, frameAt, std::move(stop));
 }
 
 std::vector<ExtractedFrame> extractPlatformFrames(MediaAsset& asset, const std::vector<double>& times,
-                                                  FrameEncoding encoding, int threads,
+                                                  FrameEncoding encoding, std::size_t processorCount,
                                                   const ExtractionProgress& progress, std::stop_token stop) {
-  ImageGenerator generator(asset, tolerance, threads);
-  return extractFramesPlatformBatch(picturesOf(generator, times), times, encoding, progress, std::move(stop));
+  const std::vector<PictureRun> runs = pictureRuns(asset, times, tolerance, stop);
+  const DecodingPlan plan = decodingPlan(processorCount, runs.size(), pictureSize(asset));
+  OpenClips clips(asset);
+  const OpenRun open = [&](const PictureRun& run) { return picturesOf(clips, run, plan.threads); };
+  return extractFramesPlatformBatch(runs, open, plan.readers, encoding, progress, std::move(stop));
 }
 
 }  // namespace tq

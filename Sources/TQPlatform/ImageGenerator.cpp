@@ -84,7 +84,7 @@ struct ImageGenerator::Decoder {
         tolerance(allowed),
         threads(threadCount),
         fidelity(wanted),
-        memory(std::make_shared<libav::PictureMemory>(asset.limits.pictureBytes)) {}
+        memory(asset.source->memory) {}
 
   void open();
   Image imageAt(double seconds, const std::stop_token& stop);
@@ -116,10 +116,9 @@ struct ImageGenerator::Decoder {
 
 /// Opens the decoder on the first video track and turns all other streams off.
 void ImageGenerator::Decoder::open() {
-  const auto video = std::ranges::find(asset.tracks, MediaType::video, &MediaTrack::type);
-  if (video == asset.tracks.end()) throw MediaError("there is no video track");
+  AVStream* chosen = asset.video();
+  if (!chosen) throw MediaError("there is no video track");
   AVFormatContext& format = *asset.format;
-  AVStream* chosen = format.streams[asset.streams[static_cast<std::size_t>(video - asset.tracks.begin())]];
   if (chosen->codecpar->codec_tag == MKTAG('e', 'n', 'c', 'v') ||
       av_stream_get_side_data(chosen, AV_PKT_DATA_ENCRYPTION_INIT_INFO, nullptr))
     throw MediaError("the clip is encrypted");
@@ -152,7 +151,7 @@ void ImageGenerator::Decoder::open() {
 
 Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& stop) {
   const auto started = std::chrono::steady_clock::now();
-  const libav::Watch::Scope scope(asset.watch, stop, asset.limits.withoutPicture - asset.fruitless);
+  const libav::Watch::Scope scope(asset.watch, stop, asset.limits.withoutPicture - Seconds{asset.source->fruitless});
   asset.watch.check();
   asset.file.clearFailure();
   try {
@@ -161,7 +160,7 @@ Image ImageGenerator::Decoder::imageAt(double seconds, const std::stop_token& st
     const Decoded& found = find(std::isfinite(seconds) ? seconds : 0);
     return Image(std::make_shared<Image::Storage>(Image::Storage{libav::share(*found.frame), orientation, false}));
   } catch (const std::exception&) {
-    asset.fruitless += std::chrono::steady_clock::now() - started;
+    asset.source->fruitless += Seconds(std::chrono::steady_clock::now() - started).count();
     readUpTo = AV_NOPTS_VALUE;
     throw;
   }

@@ -43,7 +43,7 @@ bool mayArrangeByEdits(const MediaAsset::State& state) {
 }
 
 /// A context that reads `state`'s file and nothing else, opened. Throws as the asset's constructor does.
-libav::Owned<AVFormatContext> openFormat(MediaAsset::State& state, const fs::path& file) {
+libav::Owned<AVFormatContext> openFormat(MediaAsset::State& state) {
   Dictionary options;
   options.set("format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2");
   options.set("probesize", "4000000");
@@ -57,7 +57,7 @@ libav::Owned<AVFormatContext> openFormat(MediaAsset::State& state, const fs::pat
   format->max_streams = state.limits.tracks;
   state.file.measure(format, state.limits);
   // The name is looked at for its extension only.
-  const int error = avformat_open_input(&format, file.filename().c_str(), nullptr, &options.entries);
+  const int error = avformat_open_input(&format, state.source->name.c_str(), nullptr, &options.entries);
   libav::Owned<AVFormatContext> opened(format);
   state.file.measure(format, state.limits);
   state.file.check();
@@ -132,12 +132,23 @@ MediaTrack trackOf(const AVStream& stream) {
 
 }  // namespace
 
+AVStream* MediaAsset::State::video() const {
+  const auto found = std::ranges::find(tracks, MediaType::video, &MediaTrack::type);
+  return found == tracks.end() ? nullptr : format->streams[streams[static_cast<std::size_t>(found - tracks.begin())]];
+}
+
 MediaAsset::MediaAsset(const fs::path& file, std::stop_token stop, const MediaLimits& limits)
-    : state_(std::make_unique<State>(file, limits)) {
+    : MediaAsset(std::make_unique<State>(std::make_shared<MediaSource>(file, limits)), std::move(stop)) {}
+
+MediaAsset MediaAsset::another(std::stop_token stop) const {
+  return MediaAsset(std::make_unique<State>(state_->source), std::move(stop));
+}
+
+MediaAsset::MediaAsset(std::unique_ptr<State> state, std::stop_token stop) : state_(std::move(state)) {
   libav::prepareLibrary();
-  const libav::Watch::Scope scope(state_->watch, std::move(stop), limits.opening);
+  const libav::Watch::Scope scope(state_->watch, std::move(stop), state_->limits.opening);
   if (state_->file.reader().size() == 0) throw MediaError("the file is empty");
-  state_->format = openFormat(*state_, file);
+  state_->format = openFormat(*state_);
   AVFormatContext& format = *state_->format;
   if (!tablesSuffice(format)) lookAtStreams(format);
   state_->file.check();

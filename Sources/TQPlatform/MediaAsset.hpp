@@ -44,6 +44,11 @@ class MediaAsset {
   /// `MediaError` when it is no such media file or goes beyond `limits`, and `Cancelled` when `stop` asks for it.
   explicit MediaAsset(const std::filesystem::path& file, std::stop_token stop = {}, const MediaLimits& limits = {});
   ~MediaAsset();
+
+  /// The same open file once more, for another thread: it may be called from any, and what the two do counts against
+  /// the same limits. Throws as the constructor does.
+  MediaAsset another(std::stop_token stop = {}) const;
+
   MediaAsset(MediaAsset&&) noexcept;
   MediaAsset& operator=(MediaAsset&&) noexcept;
 
@@ -60,6 +65,8 @@ class MediaAsset {
   State& state() const { return *state_; }  ///< for the image generator
 
  private:
+  MediaAsset(std::unique_ptr<State> state, std::stop_token stop);
+
   std::unique_ptr<State> state_;
 };
 

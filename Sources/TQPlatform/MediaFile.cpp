@@ -46,7 +46,11 @@ void Watch::check() const {
   if (isOver()) throw MediaError("reading it takes too long");
 }
 
-MediaFile::MediaFile(const fs::path& file, const Watch& watch) : watch_(watch), reader_(requireRegularFile(file)) {
+FileReader openMediaFile(const fs::path& file) {
+  return FileReader(requireRegularFile(file));
+}
+
+MediaFile::MediaFile(const FileReader& reader, const Watch& watch) : watch_(watch), reader_(reader) {
   auto* buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
   if (!buffer) throw std::bad_alloc();
   context_ = avio_alloc_context(buffer, bufferSize, 0, this, read, nullptr, seek);

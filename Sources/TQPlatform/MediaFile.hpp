@@ -40,13 +40,16 @@ class Watch {
   std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
 };
 
+/// Opens a clip's file. Throws `SystemError` when it cannot be opened and `MediaError` when it is no regular file; such
+/// a one is never waited for.
+FileReader openMediaFile(const std::filesystem::path& file);
+
 /// A clip's file as libavformat reads it: this one descriptor, and no other file or address whatever the clip refers
 /// to. Its length may change meanwhile. Never moves, because libavformat keeps its address.
 class MediaFile {
  public:
-  /// Throws `SystemError` when the file cannot be opened and `MediaError` when it is no regular file; such a one is
-  /// never waited for. `watch` ends every read and must outlive this.
-  MediaFile(const std::filesystem::path& file, const Watch& watch);
+  /// `watch` ends every read. Both must outlive this; others may read from `reader` at the same time.
+  MediaFile(const FileReader& reader, const Watch& watch);
   ~MediaFile();
   MediaFile(const MediaFile&) = delete;
   MediaFile& operator=(const MediaFile&) = delete;
@@ -72,7 +75,7 @@ class MediaFile {
   bool mayRead();
 
   const Watch& watch_;
-  FileReader reader_;
+  const FileReader& reader_;
   AVIOContext* context_ = nullptr;
   std::int64_t position_ = 0;
   const AVFormatContext* format_ = nullptr;

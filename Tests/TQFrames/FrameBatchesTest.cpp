@@ -145,14 +145,29 @@ TEST(FFmpegBatch, AStopRequestStartsNothingMoreAndAwaitsWhatRuns) {
   EXPECT_LE(begun, 4);
 }
 
+std::vector<ExtractedFrame> inOneRun(const FrameAt& frameAt, const std::vector<double>& times,
+                                     const ExtractionProgress& progress, std::stop_token stop) {
+  const OpenRun open = [&](const PictureRun&) { return frameAt; };
+  return extractFramesPlatformBatch({times}, open, 1, encoding, progress, std::move(stop));
+}
+
+/// A run for each of the times 0.5, 1.5, ...
+std::vector<ExtractedFrame> inRunsOfOne(int count, const FrameAt& frameAt, std::size_t window,
+                                        const ExtractionProgress& progress = nullptr) {
+  std::vector<PictureRun> runs;
+  for (const double time : seconds(count))
+    runs.push_back({time});
+  return extractFramesPlatformBatch(runs, [&](const PictureRun&) { return frameAt; }, window, encoding, progress, {});
+}
+
 TEST(PlatformBatch, GivesOneFrameForEachTimeInOrderAndOneAfterTheOther) {
   std::vector<double> asked, told;
-  const auto frames = extractFramesPlatformBatch(
+  const auto frames = inOneRun(
       [&](double time, std::stop_token) {
         asked.push_back(time);
         return picture(20, 10);
       },
-      seconds(4), encoding, [&](double fraction) { told.push_back(fraction); }, {});
+      seconds(4), [&](double fraction) { told.push_back(fraction); }, {});
   EXPECT_EQ(timesOf(frames), seconds(4));
   EXPECT_EQ(asked, seconds(4));
   EXPECT_THAT(told, ElementsAre(0.25, 0.5, 0.75, 1.0));
@@ -164,13 +179,13 @@ TEST(PlatformBatch, AFailureNamesTheTimeAndTheReason) {
     if (time > 1) throw std::runtime_error("the disk is on fire");
     return picture();
   };
-  EXPECT_EQ(failureOf([&] { extractFramesPlatformBatch(failing, seconds(3), encoding, nullptr, {}); }),
+  EXPECT_EQ(failureOf([&] { inOneRun(failing, seconds(3), nullptr, {}); }),
             "could not extract frame at 1.5s: the disk is on fire");
 }
 
 TEST(PlatformBatch, CancellationIsNoFailureOfAFrame) {
   const FrameAt cancelled = [](double, std::stop_token) -> Image { throw Cancelled(); };
-  EXPECT_THROW(extractFramesPlatformBatch(cancelled, seconds(3), encoding, nullptr, {}), Cancelled);
+  EXPECT_THROW(inOneRun(cancelled, seconds(3), nullptr, {}), Cancelled);
   std::stop_source source;
   int decoded = 0;
   const FrameAt stopping = [&](double, std::stop_token) {
@@ -178,16 +193,47 @@ TEST(PlatformBatch, CancellationIsNoFailureOfAFrame) {
     source.request_stop();
     return picture();
   };
-  EXPECT_THROW(extractFramesPlatformBatch(stopping, seconds(3), encoding, nullptr, source.get_token()), Cancelled);
+  EXPECT_THROW(inOneRun(stopping, seconds(3), nullptr, source.get_token()), Cancelled);
   EXPECT_EQ(decoded, 1);
 }
 
 TEST(PlatformBatch, OfTimesThatCoincideOnlyTheLastIsServed) {
   const FrameAt any = [](double, std::stop_token) { return picture(); };
   EXPECT_EQ(failureOf([&] {
-              extractFramesPlatformBatch(any, {1.0, 2.0, 2.0004, 3.0}, encoding, nullptr, {});
+              inOneRun(any, {1.0, 2.0, 2.0004, 3.0}, nullptr, {});
             }),
             "frame 1 at 2.0s missing from AVFoundation batch");
+}
+
+TEST(PlatformBatch, RunsGoOnSideBySideAndTheFramesStayInOrder) {
+  std::barrier together(3);
+  std::vector<double> told;
+  const FrameAt meeting = [&](double, std::stop_token) {
+    together.arrive_and_wait();
+    return picture();
+  };
+  const auto frames = inRunsOfOne(6, meeting, 3, [&](double fraction) { told.push_back(fraction); });
+  EXPECT_EQ(timesOf(frames), seconds(6));
+  EXPECT_TRUE(std::ranges::is_sorted(told));
+  EXPECT_EQ(told.back(), 1.0);
+}
+
+TEST(PlatformBatch, OfSeveralFailuresTheFirstInTimeIsTold) {
+  std::promise<void> laterFailed;
+  std::mutex mutex;
+  std::set<double> asked;
+  const FrameAt failing = [&](double time, std::stop_token) {
+    {
+      const std::lock_guard lock(mutex);
+      asked.insert(time);
+    }
+    if (time == 0.5) laterFailed.get_future().wait();
+    if (time == 1.5) laterFailed.set_value();
+    if (time < 2) throw std::runtime_error("broken");
+    return picture();
+  };
+  EXPECT_EQ(failureOf([&] { inRunsOfOne(50, failing, 2); }), "could not extract frame at 0.5s: broken");
+  EXPECT_LT(asked.size(), 50u) << "nothing more is begun after a failure";
 }
 
 TEST(AssembleFrames, TheFirstFrameThatIsMissingIsNamed) {

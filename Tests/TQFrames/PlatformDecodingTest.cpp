@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "Support/ClipMaker.hpp"
+#include "Support/TemporaryFolder.hpp"
 #include "TQFrames/PlatformDecoding.hpp"
 #include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/ImageGenerator.hpp"
@@ -8,12 +9,24 @@
 namespace tq::test {
 namespace {
 
-TEST(DecoderThreads, AreThoseOfTheMachineUpToFour) {
-  EXPECT_EQ(decoderThreads(0), 1) << "an unknown number";
-  EXPECT_EQ(decoderThreads(1), 1);
-  EXPECT_EQ(decoderThreads(2), 2);
-  EXPECT_EQ(decoderThreads(4), 4);
-  EXPECT_EQ(decoderThreads(128), 4);
+constexpr std::int64_t fullHD = 1920 * 1080;
+
+TEST(DecodingPlan, ReadersComeBeforeThreads) {
+  EXPECT_EQ(decodingPlan(2, 12, fullHD), (DecodingPlan{2, 1}));
+  EXPECT_EQ(decodingPlan(2, 1, fullHD), (DecodingPlan{1, 2}));
+  EXPECT_EQ(decodingPlan(4, 2, fullHD), (DecodingPlan{2, 2}));
+  EXPECT_EQ(decodingPlan(4, 3, fullHD), (DecodingPlan{3, 1}));
+}
+
+TEST(DecodingPlan, TakesTheMachineUpToFourProcessors) {
+  EXPECT_EQ(decodingPlan(0, 12, fullHD), (DecodingPlan{1, 1})) << "an unknown number";
+  EXPECT_EQ(decodingPlan(128, 12, fullHD), (DecodingPlan{4, 1}));
+  EXPECT_EQ(decodingPlan(128, 0, fullHD), (DecodingPlan{1, 4}));
+}
+
+TEST(DecodingPlan, PicturesBeyond4KAreDecodedOneAfterTheOther) {
+  EXPECT_EQ(decodingPlan(4, 12, 4096 * 2160), (DecodingPlan{4, 1}));
+  EXPECT_EQ(decodingPlan(4, 12, 7680 * 4320), (DecodingPlan{1, 1}));
 }
 
 /// Four scenes of five seconds each, with smooth pictures whose blocks a codec has to hide.
@@ -40,16 +53,27 @@ TEST(SamplePlatformTimes, OtherStrategiesOpenNoDecoder) {
   EXPECT_THAT(samplePlatformTimes(sound, 40, config, 1, {}), testing::ElementsAre(10, 20, 30));
 }
 
-TEST(ExtractPlatformFrames, TheThreadsDoNotShowInTheFrames) {
+TEST(ExtractPlatformFrames, HowManyReadersThereAreDoesNotShowInTheFrames) {
   MediaAsset asset(fourScenes());
-  const std::vector<double> times{1, 3, 3.5, 4.4, 11.2, 19};
-  const auto frames = [&](int threads) {
-    return extractPlatformFrames(asset, times, {.maxEdge = 100, .quality = 0.8}, threads, nullptr, {});
+  const std::vector<double> times{1, 3, 3.5, 3.9, 4.1, 4.4, 11.2, 15.9, 19};
+  const auto frames = [&](std::size_t processors) {
+    return extractPlatformFrames(asset, times, {.maxEdge = 100, .quality = 0.8}, processors, nullptr, {});
   };
   const auto alone = frames(1);
   ASSERT_EQ(alone.size(), times.size());
   EXPECT_EQ(frames(2), alone);
   EXPECT_EQ(frames(4), alone);
+}
+
+TEST(ExtractPlatformFrames, AllReadersReadTheFileThatWasOpened) {
+  const TemporaryFolder folder;
+  const auto clip = folder.path() / "clip.mp4";
+  std::filesystem::copy_file(fourScenes(), clip);
+  MediaAsset asset(clip);
+  const auto frames = [&] { return extractPlatformFrames(asset, {1, 6, 11, 16}, {100, 0.8}, 4, nullptr, {}); };
+  const auto before = frames();
+  std::filesystem::remove(clip);
+  EXPECT_EQ(frames(), before) << "it has no name any more";
 }
 
 TEST(ExtractPlatformFrames, AStopRequestEndsTheBatch) {
