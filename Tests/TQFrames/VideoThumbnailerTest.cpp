@@ -69,6 +69,8 @@ TEST(VideoThumbnailer, FitsIntoTheSquareInProportion) {
 
 TEST(VideoThumbnailer, NeverEnlarges) {
   expectSize(thumbnailOf(tenSeconds(), 192), 192, 32);
+  expectSize(thumbnailOf(tenSeconds(), 193), 192, 32);
+  expectSize(thumbnailOf(tenSeconds(), 320), 192, 32);
   expectSize(thumbnailOf(tenSeconds(), 1e300), 192, 32);
   expectSize(thumbnailOf(tenSeconds(), infinity), 192, 32);
 }
