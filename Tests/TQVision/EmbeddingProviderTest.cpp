@@ -2,22 +2,19 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-#include "ProviderFixture.hpp"
-#include "Support/ScriptedServer.hpp"
+#include "EmbeddingFixture.hpp"
 #include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/CurlSession.hpp"
-#include "TQVision/EmbeddingProvider.hpp"
 
 namespace tq {
 namespace {
 
 using namespace std::chrono_literals;
+using test::batchOfOne;
 using test::decodeFailure;
+using test::EmbeddingFixture;
 using test::errorText;
 using test::FakeURLSession;
-using test::ManualClock;
-using test::ScriptedServer;
-using test::ServerReply;
+using test::oneVector;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -27,56 +24,7 @@ using testing::SizeIs;
 using Backend = EmbeddingProvider::Backend;
 using Code = URLError::Code;
 using Texts = std::vector<std::string>;
-
-class EmbeddingProviderTest : public testing::Test {
- protected:
-  EmbeddingProvider provider(Backend backend) const {
-    return EmbeddingProvider(backend, WebURL::parse(baseURL).value(), "the-model", apiKey, timeoutSeconds, session,
-                             clock);
-  }
-  EmbeddingProvider ollama() const { return provider(Backend::ollama); }
-  EmbeddingProvider openAI() const { return provider(Backend::openAICompatible); }
-
-  std::vector<EmbeddingVector> embed(const EmbeddingProvider& with, const Texts& texts) const {
-    return with.embed(texts, stop.get_token());
-  }
-
-  /// What the answer of an OpenAI-compatible server is read as.
-  std::vector<EmbeddingVector> batch(const std::string& answer, std::size_t textCount) const {
-    fake->answer(200, answer);
-    return embed(openAI(), Texts(textCount, "text"));
-  }
-
-  /// What the answer of an Ollama server is read as.
-  EmbeddingVector vectorIn(const std::string& answer) const {
-    fake->answer(200, answer);
-    return ollama().embed(std::string("text"), stop.get_token());
-  }
-
-  std::vector<std::string> requestBodies() const {
-    std::vector<std::string> bodies;
-    for (const FakeURLSession::Call& call : fake->calls())
-      bodies.push_back(*call.request.body);
-    return bodies;
-  }
-
-  std::string urlAsked(const EmbeddingProvider& of, const std::string& answer) const {
-    fake->answer(200, answer);
-    of.embed(std::string("text"), {});
-    return fake->calls().back().request.url.absoluteString();
-  }
-
-  std::string baseURL = "http://embedder.example:11434";
-  std::string apiKey = "sk-secret";
-  double timeoutSeconds = 60;
-  std::shared_ptr<FakeURLSession> fake = std::make_shared<FakeURLSession>();
-  std::shared_ptr<URLSession> session = fake;
-  std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
-  std::stop_source stop;
-};
-
-constexpr const char* oneVector = R"({"embedding":[1,2]})";
-constexpr const char* batchOfOne = R"({"data":[{"index":0,"embedding":[1,2]}]})";
+using EmbeddingProviderTest = EmbeddingFixture;
 
 /// Both backends, which differ in their answers only.
 struct BackendCase {
@@ -405,95 +353,6 @@ TEST_F(EmbeddingProviderTest, ACancelDuringABackOffIsACancel) {
     return URLResponse{.statusCode = 503, .body = {}};
   });
   EXPECT_THROW(embed(ollama(), {"a", "b"}), Cancelled);
-}
-
-// On the network.
-
-class EmbeddingProviderOnTheNetwork : public EmbeddingProviderTest {
- protected:
-  EmbeddingProviderOnTheNetwork() {
-    session = std::make_shared<CurlSession>();
-    baseURL = server.url("");
-  }
-
-  ScriptedServer server;
-};
-
-TEST_F(EmbeddingProviderOnTheNetwork, ABatchForOllamaGoesOverOneConnection) {
-  for (const char* answer : {R"({"embedding":[1]})", R"({"embedding":[2]})", R"({"embedding":[3]})"})
-    server.reply(ServerReply::answer(200, answer));
-  EXPECT_THAT(embed(ollama(), {"a", "b", "c"}), ElementsAre(ElementsAre(1.0F), ElementsAre(2.0F), ElementsAre(3.0F)));
-  ASSERT_THAT(server.requests(), SizeIs(3));
-  EXPECT_EQ(server.connectionCount(), 1);
-  EXPECT_EQ(server.requests()[1].methodAndTarget(), "POST /api/embeddings");
-  EXPECT_EQ(server.requests()[1].header("authorization"), "Bearer sk-secret");
-  EXPECT_EQ(server.requests()[1].body, R"({"model":"the-model","prompt":"b"})");
-}
-
-TEST_F(EmbeddingProviderOnTheNetwork, ALargeBatchArrivesWhole) {
-  constexpr std::size_t count = 300;
-  constexpr std::size_t length = 768;
-  std::string answer = R"({"data":[)";
-  for (std::size_t index = count; index-- > 0;) {
-    answer += R"({"index":)" + std::to_string(index) + R"(,"embedding":[)" + std::to_string(index);
-    for (std::size_t place = 1; place < length; ++place)
-      answer += ",0.0123456789";
-    answer += index > 0 ? "]}," : "]}]}";
-  }
-  server.reply(ServerReply::answer(200, answer));
-  const std::vector<EmbeddingVector> vectors = embed(openAI(), Texts(count, std::string(2000, 'w')));
-  ASSERT_THAT(vectors, SizeIs(count));
-  for (std::size_t index = 0; index < count; ++index) {
-    ASSERT_THAT(vectors[index], SizeIs(length));
-    EXPECT_EQ(vectors[index].front(), static_cast<float>(index));
-    EXPECT_EQ(vectors[index].back(), 0.0123456789F);
-  }
-  EXPECT_EQ(server.requests().front().methodAndTarget(), "POST /v1/embeddings");
-}
-
-TEST_F(EmbeddingProviderOnTheNetwork, ABusyServerIsAskedAgain) {
-  server.reply(ServerReply::answer(503, "busy"));
-  server.reply(ServerReply::answer(200, oneVector));
-  EXPECT_THAT(embed(ollama(), {"a"}), SizeIs(1));
-  EXPECT_THAT(clock->sleeps(), ElementsAre(800ms));
-}
-
-TEST_F(EmbeddingProviderOnTheNetwork, AServerThatFailsHalfWayEndsTheBatch) {
-  server.reply(ServerReply::answer(200, oneVector));
-  server.replyAlways(ServerReply().reset());
-  EXPECT_THAT(errorText([this] {
-                embed(ollama(), {"a", "b", "c"});
-              }),
-              testing::StartsWith("Network error talking to vision provider: "));
-  EXPECT_THAT(clock->sleeps(), ElementsAre(800ms, 1600ms));
-  EXPECT_EQ(server.requests().back().body, R"({"model":"the-model","prompt":"b"})");
-}
-
-TEST_F(EmbeddingProviderOnTheNetwork, ARedirectToAnotherHostIsNotFollowedWithTheKey) {
-  ScriptedServer other;
-  server.reply(ServerReply::answer(307, "", {"Location: " + other.url("/api/embeddings")}));
-  EXPECT_THAT(errorText([this] { embed(ollama(), {"a"}); }), HasSubstr("HTTP 307"));
-  EXPECT_EQ(other.connectionCount(), 0);
-}
-
-TEST_F(EmbeddingProviderOnTheNetwork, AServerThatStallsIsGivenUpAtTheTimeLimit) {
-  timeoutSeconds = 0.05;
-  server.reply(ServerReply().stall());
-  EXPECT_THAT(errorText([this] { embed(ollama(), {"a"}); }),
-              testing::StartsWith("Network error talking to vision provider: "));
-  EXPECT_THAT(server.requests(), SizeIs(1));
-}
-
-TEST_F(EmbeddingProviderOnTheNetwork, ACancelDuringABatchEndsItAtOnce) {
-  server.reply(ServerReply::answer(200, oneVector));
-  server.reply(ServerReply().stall());
-  std::string failure;
-  std::jthread embedding([&] { failure = errorText([this] { embed(ollama(), {"a", "b", "c"}); }); });
-  server.waitForStalls();
-  stop.request_stop();
-  embedding.join();
-  EXPECT_THAT(failure, testing::StartsWith("Network error talking to vision provider: "));
-  EXPECT_THAT(server.requests(), SizeIs(2));
 }
 
 }  // namespace
