@@ -2,10 +2,14 @@
 
 #include <QCoreApplication>
 #include <QDragEnterEvent>
+#include <QDragLeaveEvent>
 #include <QDragMoveEvent>
 #include <QDropEvent>
+#include <QGuiApplication>
 #include <QMimeData>
 #include <QTest>
+#include <algorithm>
+#include <functional>
 #include <stdexcept>
 
 #include "TarquelApp/Text.hpp"
@@ -19,11 +23,30 @@ QPoint middleOf(const QQuickItem& item) {
   return item.mapToScene(QPointF(item.width() / 2, item.height() / 2)).toPoint();
 }
 
+/// Whatever is drawn below `item`, in the order of drawing.
+void collect(const QQuickItem& item, const std::function<bool(const QQuickItem&)>& wanted,
+             std::vector<QQuickItem*>& found) {
+  for (QQuickItem* child : item.childItems()) {
+    if (!child->isVisible()) continue;
+    if (wanted(*child)) found.push_back(child);
+    collect(*child, wanted, found);
+  }
+}
+
+std::string propertyOf(const QQuickItem& item, const char* property) {
+  return item.property(property).toString().toStdString();
+}
+
+/// A label without the mark of its shortcut.
+QString plainLabel(const QQuickItem& item) {
+  return item.property("text").toString().remove(QLatin1Char('&'));
+}
+
 }  // namespace
 
 WindowHarness::WindowHarness()
     : desktop_([this](const std::filesystem::path& file) { shownInFileManager.push_back(file); }) {
-  SettingsStore(paths).save(engine.settings);
+  save(engine.settings);
   engine.stages.clock = std::make_shared<SystemClock>();
   QObject::connect(&delegate, &AppDelegate::terminated, &delegate, [this] { ++terminations; });
 }
@@ -44,17 +67,60 @@ void WindowHarness::launch() {
 void WindowHarness::quit() {
   main_.reset();
   if (state_) state_->finish();
+  clips.letAllGo();
   state_.reset();
 }
 
+std::vector<QQuickItem*> WindowHarness::items(const char* objectName) {
+  std::vector<QQuickItem*> found;
+  collect(
+      *window().contentItem(),
+      [name = QLatin1String(objectName)](const QQuickItem& item) { return item.objectName() == name; }, found);
+  std::ranges::stable_sort(found, {}, [](const QQuickItem* item) {
+    const QPointF place = item->mapToScene({});
+    return std::pair(place.y(), place.x());
+  });
+  return found;
+}
+
 QQuickItem& WindowHarness::item(const char* objectName) {
-  for (auto* found : window().findChildren<QQuickItem*>(QLatin1String(objectName)))
-    if (found->isVisible()) return *found;
-  throw std::runtime_error(std::string("the window shows no ") + objectName);
+  const auto found = items(objectName);
+  if (found.empty()) throw std::runtime_error(std::string("the window shows no ") + objectName);
+  return *found.front();
 }
 
 std::string WindowHarness::text(const char* objectName, const char* property) {
-  return item(objectName).property(property).toString().toStdString();
+  return propertyOf(item(objectName), property);
+}
+
+std::vector<std::string> WindowHarness::texts(const char* objectName, const char* property) {
+  std::vector<std::string> all;
+  for (const QQuickItem* found : items(objectName))
+    all.push_back(propertyOf(*found, property));
+  return all;
+}
+
+QQuickItem& WindowHarness::labelled(const std::string& label) {
+  return labelled(label, *window().contentItem());
+}
+
+QQuickItem& WindowHarness::labelled(const std::string& label, const QQuickItem& part) {
+  std::vector<QQuickItem*> found;
+  collect(
+      part,
+      [wanted = qtText(label)](const QQuickItem& item) {
+        return item.inherits("QQuickAbstractButton") && plainLabel(item) == wanted;
+      },
+      found);
+  if (found.empty()) throw std::runtime_error("nothing to click is labelled " + label);
+  return *found.back();
+}
+
+QQuickWindow* WindowHarness::otherWindow(const char* objectName) {
+  for (QWindow* other : QGuiApplication::topLevelWindows())
+    if (other->isVisible() && other->objectName() == QLatin1String(objectName))
+      return qobject_cast<QQuickWindow*>(other);
+  return nullptr;
 }
 
 void WindowHarness::click(QQuickItem& item, Qt::MouseButton button) {
@@ -65,31 +131,60 @@ void WindowHarness::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
   QTest::keyClick(&window(), key, modifiers);
 }
 
-void WindowHarness::dragOver(const QList<QUrl>& urls) {
+bool WindowHarness::dragOver(const QList<QUrl>& urls, QPointF place) {
   QMimeData data;
   data.setUrls(urls);
-  const QPoint place(window().width() / 2, window().height() / 2);
-  QDragEnterEvent enter(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  const QPoint point(qRound(window().width() * place.x()), qRound(window().height() * place.y()));
+  QDragEnterEvent enter(point, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QCoreApplication::sendEvent(&window(), &enter);
-  QDragMoveEvent move(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QDragMoveEvent move(point, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QCoreApplication::sendEvent(&window(), &move);
+  return move.isAccepted();
 }
 
-void WindowHarness::letGo(const QList<QUrl>& urls) {
-  dragOver(urls);
+bool WindowHarness::letGo(const QList<QUrl>& urls, QPointF place) {
+  const bool wouldTake = dragOver(urls, place);
   QMimeData data;
   data.setUrls(urls);
-  QDropEvent drop(QPointF(window().width() / 2.0, window().height() / 2.0), Qt::CopyAction, &data, Qt::LeftButton,
-                  Qt::NoModifier);
+  QDropEvent drop(QPointF(window().width() * place.x(), window().height() * place.y()), Qt::CopyAction, &data,
+                  Qt::LeftButton, Qt::NoModifier);
   QCoreApplication::sendEvent(&window(), &drop);
+  return wouldTake && drop.isAccepted();
+}
+
+void WindowHarness::leave() {
+  QDragLeaveEvent leave;
+  QCoreApplication::sendEvent(&window(), &leave);
 }
 
 QUrl WindowHarness::clip(const std::string& name) const {
   return qtFileURL(engine.folder.write(name, "clip"));
 }
 
+void WindowHarness::drop(const std::string& name) {
+  const std::size_t before = state_->jobList().size();
+  letGo({clip(name)});
+  turnUntilCount(before + 1);
+}
+
+void WindowHarness::drop(const std::string& name, JobStatus status) {
+  drop(name);
+  turnUntilStatus(name, status);
+}
+
+const Job& WindowHarness::job(const std::string& name) const {
+  const auto& rows = state_->jobList().rows();
+  for (auto row = rows.rbegin(); row != rows.rend(); ++row)
+    if ((*row)->sourceURL.filename() == name) return **row;
+  throw std::runtime_error("no job on " + name);
+}
+
 void WindowHarness::turnUntilStatus(std::size_t row, JobStatus status) {
   turnUntil([&] { return state_->jobList().size() > row && job(row).status == status; });
+}
+
+void WindowHarness::turnUntilStatus(const std::string& name, JobStatus status) {
+  turnUntil([&] { return job(name).status == status; });
 }
 
 void WindowHarness::turnUntilCount(std::size_t count) {

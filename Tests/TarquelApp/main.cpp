@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TarquelApp/Appearance.hpp"
+#include "TarquelApp/QtWarnings.hpp"
 
 /// What stands here has an event loop under it, and a screen that nobody sees.
 int main(int argumentCount, char** arguments) {
@@ -10,5 +11,6 @@ int main(int argumentCount, char** arguments) {
   tq::prepareForApplication();
   const QGuiApplication application(argumentCount, arguments);
   tq::setAppearance(false);
+  tq::test::failOnQtWarnings();
   return RUN_ALL_TESTS();
 }

@@ -39,6 +39,7 @@ Dialog {
         Accessible.name: alert.message
 
         Label {
+            objectName: "alertMessage"
             Layout.fillWidth: true
             text: alert.message
             textFormat: Text.PlainText
@@ -46,6 +47,7 @@ Dialog {
             font.bold: true
         }
         Label {
+            objectName: "alertInformation"
             Layout.fillWidth: true
             visible: text !== ""
             text: alert.informativeText

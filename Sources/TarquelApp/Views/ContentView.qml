@@ -43,6 +43,7 @@ Item {
         }
 
         QueueSidebar {
+            objectName: "sidebar"
             id: sidebar
             SplitView.preferredWidth: 370
             SplitView.minimumWidth: 260
@@ -54,12 +55,14 @@ Item {
             SplitView.minimumWidth: 420
 
             JobDetailView {
+                objectName: "jobDetail"
                 anchors.fill: parent
                 visible: content.detail.exists
                 job: content.detail
                 desktop: content.desktop
             }
             DropZoneView {
+                objectName: "dropZone"
                 anchors.fill: parent
                 visible: !content.detail.exists
                 isTargeted: content.isTargeted
@@ -69,6 +72,7 @@ Item {
     }
 
     LibraryView {
+        objectName: "library"
         anchors.fill: parent
         visible: content.app.mode === "Library"
         app: content.app
@@ -76,6 +80,7 @@ Item {
 
     // Over a job's pane the window says as well that it takes what is held over it.
     Rectangle {
+        objectName: "dropHint"
         anchors.fill: parent
         anchors.margins: 4
         visible: content.isTargeted && content.detail.exists

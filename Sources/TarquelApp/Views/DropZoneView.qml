@@ -11,6 +11,7 @@ Item {
     property bool isTargeted: false
 
     Rectangle {
+        objectName: "dropFrame"
         anchors.fill: parent
         anchors.margins: 28
         radius: 14
@@ -28,12 +29,14 @@ Item {
         spacing: Theme.margin
 
         Icon {
+            objectName: "dropIcon"
             Layout.alignment: Qt.AlignHCenter
             name: "stack"
             size: 64
             color: zone.isTargeted ? Theme.accent : Theme.secondaryText
         }
         Label {
+            objectName: "dropText"
             Layout.alignment: Qt.AlignHCenter
             text: "Drop video files anywhere in this window"
             font.pixelSize: Theme.titleSize

@@ -17,6 +17,7 @@ ColumnLayout {
         spacing: 12
 
         Icon {
+            objectName: "failureIcon"
             Layout.alignment: Qt.AlignTop
             name: "warning"
             color: Theme.orange
@@ -38,12 +39,14 @@ ColumnLayout {
         }
     }
     Label {
+        objectName: "rawResponseTitle"
         Layout.topMargin: Theme.gap
         visible: panel.hasRawResponse
         text: "Raw model response"
         font.bold: true
     }
     Label {
+        objectName: "rawResponseNote"
         Layout.fillWidth: true
         visible: panel.hasRawResponse
         text: "This is what the model actually returned. If it looks truncated, increase max_tokens. If it looks like a refusal, the model declined to describe this content."

@@ -64,6 +64,7 @@ Dialog {
             Layout.fillHeight: true
 
             Image {
+                objectName: "previewPicture"
                 id: picture
                 anchors.fill: parent
                 source: sheet.visible ? sheet.source + sheet.index : ""
@@ -78,12 +79,14 @@ Dialog {
                 visible: picture.status === Image.Error
 
                 Icon {
+                    objectName: "brokenPreview"
                     anchors.horizontalCenter: parent.horizontalCenter
                     name: "warning"
                     color: Theme.orange
                     size: 40
                 }
                 Label {
+                    objectName: "brokenPreviewText"
                     text: "Could not decode JPEG"
                 }
             }

@@ -10,6 +10,7 @@ AbstractButton {
     required property int index
     property string source
 
+    objectName: "frameThumbnail"
     width: 140
     height: 80 + 6 + caption.implicitHeight
     focusPolicy: Qt.StrongFocus
@@ -27,6 +28,7 @@ AbstractButton {
         color: Theme.quietSelection
 
         Icon {
+            objectName: "brokenFrame"
             anchors.centerIn: parent
             visible: picture.status === Image.Error
             name: "warning"
@@ -34,6 +36,7 @@ AbstractButton {
             size: 24
         }
         Image {
+            objectName: "framePicture"
             id: picture
             anchors.fill: parent
             source: thumbnail.source
@@ -47,6 +50,7 @@ AbstractButton {
     }
     Text {
         id: caption
+        objectName: "frameTimecode"
         anchors.bottom: parent.bottom
         anchors.horizontalCenter: parent.horizontalCenter
         text: thumbnail.modelData

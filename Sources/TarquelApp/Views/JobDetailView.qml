@@ -22,6 +22,7 @@ Item {
             spacing: 12
 
             Caption {
+                objectName: "detailName"
                 Layout.fillWidth: true
                 text: view.job.fileName
                 elide: Text.ElideMiddle
@@ -37,12 +38,14 @@ Item {
                 onClicked: view.desktop.showInFileManager(view.job.sourceURL)
             }
             StatusBadge {
+                objectName: "detailStatus"
                 status: view.job.status
                 label: view.job.statusLabel
             }
         }
 
         TextEdit {
+            objectName: "engineSubtitle"
             Layout.fillWidth: true
             Layout.topMargin: -6
             visible: text !== ""
@@ -59,6 +62,7 @@ Item {
         }
 
         ThinProgressBar {
+            objectName: "detailProgress"
             Layout.fillWidth: true
             visible: ["extracting", "calling", "writing"].includes(view.job.status)
             indeterminate: view.job.status === "calling"
@@ -67,6 +71,7 @@ Item {
         }
 
         Label {
+            objectName: "detailError"
             Layout.fillWidth: true
             visible: text !== ""
             text: view.job.error
@@ -84,6 +89,7 @@ Item {
         }
 
         FramesStripView {
+            objectName: "framesStrip"
             Layout.fillWidth: true
             visible: timecodes.length > 0
             timecodes: view.job.timecodes
@@ -111,11 +117,13 @@ Item {
                 text: !visible ? "" : view.selectedTab === "JSON" ? view.job.json : view.job.markdown
             }
             SourceTable {
+                objectName: "sourceTable"
                 anchors.fill: parent
                 visible: view.job.hasResult && view.selectedTab === "Source"
                 rows: visible ? view.job.sourceRows : []
             }
             FailurePanel {
+                objectName: "failurePanel"
                 anchors.fill: parent
                 visible: !view.job.hasResult && view.hasFailed
                 message: view.job.error || "Unknown error"
@@ -123,6 +131,7 @@ Item {
                 rawResponse: visible ? view.job.rawResponse : ""
             }
             WaitingBlock {
+                objectName: "waitingBlock"
                 anchors.centerIn: parent
                 visible: !view.job.hasResult && !view.hasFailed
                 status: view.job.status

@@ -5,6 +5,8 @@ import QtQuick.Controls
 Menu {
     id: menu
 
+    objectName: "jobMenu"
+
     required property SelectedJob job
 
     component Command: MenuItem {

@@ -8,6 +8,7 @@ Window {
 
     required property UpdaterViewModel updater
 
+    objectName: "preferences"
     width: 640
     height: 680
     minimumWidth: 560

@@ -25,6 +25,7 @@ ItemDelegate {
 
     readonly property string secondLine: isWorking ? "" : error || oneLine
 
+    objectName: "queueRow"
     implicitHeight: 52
     leftPadding: 12
     rightPadding: 12
@@ -54,6 +55,7 @@ ItemDelegate {
         spacing: 10
 
         StatusIcon {
+            objectName: "rowStatus"
             status: row.status
             label: row.statusLabel
         }
@@ -66,26 +68,31 @@ ItemDelegate {
                 spacing: 6
 
                 Caption {
+                    objectName: "rowName"
                     Layout.fillWidth: true
                     text: row.fileName
                     elide: Text.ElideMiddle
                     color: Theme.text
                 }
                 BadgeView {
+                    objectName: "rowBadge"
                     badge: row.badge
                     help: row.badgeHelp
                 }
                 ModelPill {
+                    objectName: "rowModel"
                     text: row.modelId
                 }
             }
             ThinProgressBar {
+                objectName: "rowProgress"
                 Layout.fillWidth: true
                 visible: row.isWorking
                 value: row.progress
                 label: "Progress of " + row.fileName
             }
             Caption {
+                objectName: "rowSecondLine"
                 Layout.fillWidth: true
                 visible: text !== ""
                 text: row.secondLine

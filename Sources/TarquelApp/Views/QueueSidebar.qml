@@ -103,6 +103,7 @@ FocusScope {
     }
 
     Label {
+        objectName: "emptyQueue"
         anchors.centerIn: parent
         visible: list.count === 0
         text: "No clips yet"

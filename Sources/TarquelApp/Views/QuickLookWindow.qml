@@ -10,6 +10,7 @@ Window {
     readonly property string fileName: decodeURIComponent(String(file).split("/").pop())
     signal dismissed
 
+    objectName: "quickLook"
     width: 860
     height: 560
     minimumWidth: 320

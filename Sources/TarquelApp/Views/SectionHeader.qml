@@ -10,6 +10,7 @@ Item {
     implicitHeight: 32
 
     Label {
+        objectName: "sectionTitle"
         anchors.left: parent.left
         anchors.leftMargin: 14
         anchors.bottom: parent.bottom

@@ -29,6 +29,7 @@ ScrollView {
         Repeater {
             model: table.rows
             Label {
+                objectName: "sourceLabel"
                 required property var modelData
                 Layout.alignment: Qt.AlignTop
                 text: modelData.label
@@ -38,6 +39,7 @@ ScrollView {
         Repeater {
             model: table.rows
             TextEdit {
+                objectName: "sourceValue"
                 required property var modelData
                 Layout.fillWidth: true
                 text: modelData.value

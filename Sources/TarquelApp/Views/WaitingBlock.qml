@@ -14,6 +14,7 @@ ColumnLayout {
     spacing: 12
 
     BusyIndicator {
+        objectName: "waitingSpinner"
         Layout.alignment: Qt.AlignHCenter
         visible: block.status === "calling"
         running: visible
@@ -30,6 +31,7 @@ ColumnLayout {
     }
     Label {
         Layout.alignment: Qt.AlignHCenter
+        objectName: "waitingLabel"
         text: block.label
         font.pixelSize: Theme.titleSize
         color: Theme.text
@@ -37,10 +39,12 @@ ColumnLayout {
     Label {
         Layout.alignment: Qt.AlignHCenter
         visible: text !== ""
+        objectName: "elapsed"
         text: block.elapsed
         color: Theme.secondaryText
     }
     ThinProgressBar {
+        objectName: "waitingProgress"
         Layout.alignment: Qt.AlignHCenter
         Layout.preferredWidth: 260
         visible: block.status !== "calling"
