@@ -8,9 +8,9 @@
 namespace tq {
 namespace {
 
-std::optional<SemanticEntries> parsed(std::string_view text) {
+std::optional<SemanticEntries> parsed(std::string_view text, std::size_t processorCount = 1) {
   try {
-    return SemanticCache::parse(text);
+    return SemanticCache::parse(text, processorCount);
   } catch (const JSONError&) {
     return std::nullopt;
   }
@@ -31,7 +31,10 @@ void checkVector(std::span<const float> vector) {
 
 void fuzz::check(ByteView input) {
   const std::optional<SemanticEntries> entries = parsed(textOf(input));
+  const std::optional<SemanticEntries> together = parsed(textOf(input), 3);
+  require(together.has_value() == entries.has_value(), "several threads accept what one accepts");
   if (!entries) return;
+  require(printed(*together) == printed(*entries), "several threads read what one reads");
   const JSONValue tree = parseJSON(textOf(input));
   require(tree.asArray() && tree.asArray()->size() >= entries->clips().size(), "a cache is a list in JSON");
 

@@ -95,7 +95,7 @@ void compareCacheFile(const Bench& bench) {
                               std::to_string(cacheableLength) + ", " +
                               number(static_cast<double>(content.size()) / 1e6, 0) + " MB: ";
   const auto load = [&] {
-    SemanticIndex index("sample", file);
+    SemanticIndex index("sample", file, bench.processorCount);
     index.loadCache();
     if (index.entryCount() != entries.clips().size()) throw std::runtime_error("the cache file is not read");
   };
@@ -108,7 +108,7 @@ void compareCacheFile(const Bench& bench) {
                       Reading::timesTheTime,
                       {}}}},
         Contest{.subject = subject + "save",
-        .ours = [&] { SemanticCache::write(file, entries); },
+        .ours = [&] { SemanticCache::write(file, entries, bench.processorCount); },
         .opponents = {{"writing the same bytes, to the disk too", [&] { writeBytes(copy, content); },
                        Reading::timesTheTime, 4.0}}}})
     for (const Outcome& outcome : measure(contest, bench.options.rounds))

@@ -16,6 +16,18 @@ void SemanticEntries::add(std::string filename, std::string contentHash, std::sp
   numbers_.insert(numbers_.end(), vector.begin(), vector.end());
 }
 
+void SemanticEntries::append(SemanticEntries other) {
+  if (clips_.empty()) {
+    std::swap(*this, other);
+    return;
+  }
+  for (Clip& clip : other.clips_) {
+    clip.start += numbers_.size();
+    clips_.push_back(std::move(clip));
+  }
+  numbers_.insert(numbers_.end(), other.numbers_.begin(), other.numbers_.end());
+}
+
 void SemanticEntries::sort() {
   const auto isInOrder = [](const Clip& one, const Clip& next) { return one.filename < next.filename; };
   const auto isOutOfOrder = [&](const Clip& one, const Clip& next) { return !isInOrder(one, next); };

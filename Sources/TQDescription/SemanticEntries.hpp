@@ -25,6 +25,9 @@ class SemanticEntries {
 
   void add(std::string filename, std::string contentHash, std::span<const float> vector);
 
+  /// Adds all of another table's behind its own.
+  void append(SemanticEntries other);
+
   /// To be called once all are added: brings clips and vectors into the order of the filenames. Of equal ones the entry
   /// that was added last stays.
   void sort();

@@ -55,14 +55,18 @@ std::string SemanticIndex::contentHash(std::string_view model, std::string_view 
   return sha256Hex({model, std::string_view("\0", 1), document});
 }
 
-SemanticIndex::SemanticIndex(std::string model, std::filesystem::path cacheURL)
-    : model_(std::move(model)), cacheURL_(std::move(cacheURL)), entries_(std::make_shared<const SemanticEntries>()) {}
+SemanticIndex::SemanticIndex(std::string model, std::filesystem::path cacheURL, std::size_t processorCount)
+    : model_(std::move(model)),
+      cacheURL_(std::move(cacheURL)),
+      processorCount_(processorCount),
+      entries_(std::make_shared<const SemanticEntries>()) {}
 
 void SemanticIndex::loadCache() {
   const auto held = monitor_.enter();
   SemanticEntries loaded;
   try {
-    loaded = SemanticCache::parse(textOf(SafeFile::readBounded(cacheURL_, SafeFile::maxAggregateBytes)));
+    loaded =
+        SemanticCache::parse(textOf(SafeFile::readBounded(cacheURL_, SafeFile::maxAggregateBytes)), processorCount_);
   } catch (const std::exception&) {
     loaded = {};
   }
@@ -113,7 +117,7 @@ std::size_t SemanticIndex::build(const std::vector<const DescriptionResult*>& re
   }
   next.sort();
   entries_ = std::make_shared<const SemanticEntries>(std::move(next));
-  SemanticCache::write(cacheURL_, *entries_);
+  SemanticCache::write(cacheURL_, *entries_, processorCount_);
   return pending.size();
 }
 

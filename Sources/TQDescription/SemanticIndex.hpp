@@ -40,8 +40,8 @@ class SemanticIndex {
   /// 64 lower-case hexadecimal digits.
   static std::string contentHash(std::string_view model, std::string_view document);
 
-  /// An empty index. Reads nothing.
-  SemanticIndex(std::string model, std::filesystem::path cacheURL);
+  /// An empty index. Reads nothing. `processorCount` threads share the work of reading and writing the file.
+  SemanticIndex(std::string model, std::filesystem::path cacheURL, std::size_t processorCount = 1);
 
   const std::string& model() const { return model_; }
   const std::filesystem::path& cacheURL() const { return cacheURL_; }
@@ -76,6 +76,7 @@ class SemanticIndex {
   Monitor monitor_;
   const std::string model_;
   const std::filesystem::path cacheURL_;
+  const std::size_t processorCount_;
   std::shared_ptr<const SemanticEntries> entries_;  ///< never null; replaced as a whole
 };
 

@@ -66,6 +66,15 @@ void JSONCursor::readList(const std::function<void()>& readElement) {
   readMembers('[', ']', readElement);
 }
 
+void JSONCursor::readElements(const std::function<void()>& readElement) {
+  ++depth_;
+  do
+    readElement();
+  while (takeIf(','));
+  --depth_;
+  finish();
+}
+
 void JSONCursor::readObject(const std::function<void(const std::string& key)>& readMember) {
   readMembers('{', '}', [&] {
     const std::string key = readString();

@@ -24,6 +24,9 @@ class JSONCursor {
   /// Steps over a list. `readElement` must step over exactly the next value.
   void readList(const std::function<void()>& readElement);
 
+  /// Steps over all that is left, the inside of a list: values with a comma between each two, and one at least.
+  void readElements(const std::function<void()>& readElement);
+
   /// Steps over an object, with equal keys as often as they stand there. `readMember` gets the key and must step over
   /// exactly the next value.
   void readObject(const std::function<void(const std::string& key)>& readMember);

@@ -137,6 +137,46 @@ TEST(SemanticCache, OfManyPiecesIsReadBackUnchanged) {
   EXPECT_TRUE(parseJSON(text).asArray());
 }
 
+TEST(SemanticCache, IsTheSameByAnyNumberOfThreads) {
+  SemanticEntries entries;
+  for (int clip = 0; clip < 400; ++clip)
+    entries.add("clip " + std::to_string(1000 + clip), std::string(64, 'a'),
+                std::vector(500, 1.0F / static_cast<float>(3 + clip)));
+  const auto printed = [&](std::size_t processorCount) {
+    std::string text;
+    SemanticCache::print(
+        entries, [&](ByteView piece) { text += textOf(piece); }, processorCount);
+    return text;
+  };
+  const std::string text = printed(1);
+  for (const std::size_t processorCount : {2, 3, 64, 1000}) {
+    EXPECT_EQ(printed(processorCount), text) << processorCount;
+    EXPECT_EQ(linesOf(SemanticCache::parse(text, processorCount)), linesOf(entries)) << processorCount;
+  }
+}
+
+TEST(SemanticCache, IsNeverCutWithinAFilename) {
+  std::vector<std::pair<std::string, std::vector<float>>> clips;
+  for (int clip = 0; clip < 20; ++clip)
+    clips.push_back({std::string(clip % 7 * 10, 'a') + R"(},{"contentHash":"},{)" + std::to_string(clip), {1, 2}});
+  const SemanticEntries entries = entriesOf(clips);
+  std::string text;
+  SemanticCache::print(entries, [&](ByteView piece) { text += textOf(piece); });
+  for (std::size_t processorCount = 1; processorCount < 40; ++processorCount)
+    EXPECT_EQ(linesOf(SemanticCache::parse(text, processorCount)), linesOf(entries)) << processorCount;
+}
+
+TEST(SemanticCache, OfEqualFilenamesTheLastStaysByAnyNumberOfThreads) {
+  std::string text = "[";
+  for (int clip = 0; clip < 30; ++clip)
+    text += R"({"filename":")" + std::to_string(clip % 4) + R"(","contentHash":")" + std::to_string(clip) +
+            R"(","vector":[1]},)";
+  text.back() = ']';
+  for (const std::size_t processorCount : {1, 2, 5})
+    EXPECT_THAT(linesOf(SemanticCache::parse(text, processorCount)),
+                ElementsAre("0 28 1", "1 29 1", "2 26 1", "3 27 1"));
+}
+
 // Reading.
 
 TEST(SemanticCache, IsReadInWhateverLayoutAndOrder) {
@@ -177,6 +217,15 @@ class BrokenCache : public testing::TestWithParam<std::string> {};
 
 TEST_P(BrokenCache, IsRefused) {
   EXPECT_THROW(SemanticCache::parse(GetParam()), JSONError);
+}
+
+TEST_P(BrokenCache, IsRefusedBehindGoodEntries) {
+  std::string text = "[";
+  for (int good = 0; good < 4; ++good)
+    text += R"({"filename":"a","contentHash":"b","vector":[1]},)";
+  text += GetParam().substr(std::min<std::size_t>(GetParam().size(), 1));
+  for (const std::size_t processorCount : {1, 2, 3})
+    EXPECT_THROW(SemanticCache::parse(text, processorCount), JSONError) << text;
 }
 
 std::string oneEntry(const std::string& members) {

@@ -96,6 +96,18 @@ TEST(JSONCursor, TellsEqualKeysAsOftenAsTheyStandThere) {
   EXPECT_EQ(count, 2);
 }
 
+TEST(JSONCursor, GoesThroughTheInsideOfAList) {
+  const auto elements = [](std::string_view text) {
+    std::vector<std::string> found;
+    JSONCursor cursor(text);
+    cursor.readElements([&] { found.push_back(cursor.readString()); });
+    return found;
+  };
+  EXPECT_EQ(elements(R"( "a" ,"b")"), (std::vector<std::string>{"a", "b"}));
+  for (const char* broken : {"", " ", R"("a",)", R"(,"a")", R"("a" "b")", R"("a"])"})
+    EXPECT_THROW(elements(broken), JSONError) << broken;
+}
+
 TEST(JSONCursor, ReadsBehindAByteOrderMark) {
   EXPECT_THAT(floatsIn("\xEF\xBB\xBF[1]"), ElementsAre(1.0F));
 }

@@ -58,8 +58,10 @@ SemanticMatches searchByMeaning(const Clips& clips, const Options& options, std:
   const AppSettings settings = applyOptions(SettingsStore(environment.paths).load(), options);
   const SecretsStore secrets(environment.paths.secretsURL(), std::make_shared<FileLockRegistry>());
   const WatchedEmbedder embedder(configuredEmbedder(settings, secrets, environment.openSession(), environment.clock));
-  SemanticIndex index(settings.embeddingModel, SemanticIndex::cacheURL(clips.folder, settings.embeddingModel,
-                                                                       environment.paths.semanticIndexDirectory()));
+  SemanticIndex index(
+      settings.embeddingModel,
+      SemanticIndex::cacheURL(clips.folder, settings.embeddingModel, environment.paths.semanticIndexDirectory()),
+      environment.processorCount);
   std::optional<std::string> failure;
   try {
     update(index, clips, embedder, environment, stop);
