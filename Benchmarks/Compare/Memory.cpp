@@ -2,18 +2,23 @@
 
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
-#include <string>
+#include <thread>
 
-#include "TQFrames/FrameExtractor.hpp"
+#include "Benchmarks/Compare/Floor.hpp"
+#include "TQFrames/PlatformDecoding.hpp"
 #include "TQPlatform/ChildProcess.hpp"
-#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/MediaAssetState.hpp"
 
 namespace tq::compare {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr const char* names[] = {"--report-peak", "--report-floor-peak"};
+constexpr SamplingConfig twelveFrames{.strategy = SamplingStrategy::evenDistribution, .evenFrameCount = 12};
 
 /// "VmHWM": the largest resident set so far, in bytes (proc(5)).
 double peakOfThisProcess() {
@@ -23,20 +28,41 @@ double peakOfThisProcess() {
   throw std::runtime_error("no VmHWM");
 }
 
-}  // namespace
-
-void extractAndReportPeak(const fs::path& clip) {
-  const double before = peakOfThisProcess();
-  FrameExtractor().extract(clip, {.strategy = SamplingStrategy::evenDistribution, .evenFrameCount = 12});
-  std::cout << static_cast<std::int64_t>(peakOfThisProcess() - before) << "\n";
+/// Bytes of the pictures held at once.
+std::int64_t extractAsTheProduct(const fs::path& clip) {
+  MediaAsset asset(clip);
+  extractPlatformFrames(asset, sampleTimes(asset.duration(), twelveFrames, nullptr, {}),
+                        {twelveFrames.maxEdgePixels, twelveFrames.jpegQuality}, std::thread::hardware_concurrency(),
+                        nullptr, {});
+  return asset.state().source->memory->peak();
 }
 
-double peakInPictures(const fs::path& clip) {
-  const ChildResult result =
-      runChild("/proc/self/exe", {"--report-peak", clip.string()}, {.time = std::chrono::minutes(5)});
+std::int64_t extractAsTheFloor(const fs::path& clip) {
+  floorFrames(clip, sampleTimes(MediaAsset(clip).duration(), twelveFrames, nullptr, {}),
+              static_cast<int>(twelveFrames.maxEdgePixels), static_cast<int>(100 * twelveFrames.jpegQuality), 1, 1);
+  return 0;
+}
+
+}  // namespace
+
+bool reportPeak(const std::string& who, const fs::path& clip) {
+  if (who != names[0] && who != names[1]) return false;
+  const double before = peakOfThisProcess();
+  const std::int64_t held = who == names[0] ? extractAsTheProduct(clip) : extractAsTheFloor(clip);
+  std::cout << static_cast<std::int64_t>(peakOfThisProcess() - before) << " " << held << "\n";
+  return true;
+}
+
+Peak peakInPictures(const fs::path& clip, Extractor extractor) {
+  const ChildResult result = runChild("/proc/self/exe", {names[static_cast<std::size_t>(extractor)], clip.string()},
+                                      {.time = std::chrono::minutes(5)});
   if (result.timedOut || result.status != 0) throw std::runtime_error("the extraction failed");
   const MediaTrack track = MediaAsset(clip).tracks(MediaType::video).at(0);
-  return std::stod(std::string(textOf(result.output))) / (1.5 * track.naturalWidth * track.naturalHeight);
+  const double picture = 1.5 * track.naturalWidth * track.naturalHeight;
+  std::istringstream figures{std::string(textOf(result.output))};
+  Peak peak;
+  figures >> peak.resident >> peak.held;
+  return {peak.resident / picture, peak.held / picture};
 }
 
 }  // namespace tq::compare

@@ -267,9 +267,15 @@ const Decoded* ImageGenerator::Decoder::decodeTo(double seconds, const std::opti
   const bool quick = passing == Passing::quickly;
   const Aim aim{passing, seconds, quick && mayCut && lastOfGroup(seconds, key)};
   if (!leadsTo(key, seconds)) seek(key);
-  while (!current || current->time < enoughFor(aim))
+  while (!current || current->time < enoughFor(aim)) {
+    // What lies before a picture that is too early itself is never the nearest; large pictures fill the memory.
+    if (current && current->time < seconds - tolerance) previous.reset();
     if (!advance(aim)) break;
-  if (current && serves(*current, seconds)) return &*current;
+  }
+  if (current && serves(*current, seconds)) {
+    previous.reset();
+    return &*current;
+  }
   if (passedOver == anything) {
     mayCut = false;
     return decodeTo(seconds, key, Passing::exactly);

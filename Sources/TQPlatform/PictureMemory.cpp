@@ -61,7 +61,12 @@ void PictureMemory::serve(AVCodecContext& codec, std::shared_ptr<PictureMemory>&
 }
 
 bool PictureMemory::take(std::int64_t bytes) {
-  if ((used_ += bytes) <= limit_) return true;
+  const std::int64_t now = used_ += bytes;
+  if (now <= limit_) {
+    for (std::int64_t before = peak_; before < now && !peak_.compare_exchange_weak(before, now);) {
+    }
+    return true;
+  }
   used_ -= bytes;
   exhausted_ = true;
   return false;

@@ -23,12 +23,15 @@ class PictureMemory {
   bool take(std::int64_t bytes);
   void giveBack(std::int64_t bytes) { used_ -= bytes; }
 
+  /// The most bytes that were held at once.
+  std::int64_t peak() const { return peak_; }
+
   /// True once a picture was refused. Decoders do not always tell why they failed.
   bool exhausted() const { return exhausted_; }
 
  private:
   const std::int64_t limit_;
-  std::atomic<std::int64_t> used_ = 0;
+  std::atomic<std::int64_t> used_ = 0, peak_ = 0;
   std::atomic<bool> exhausted_ = false;
 };
 
