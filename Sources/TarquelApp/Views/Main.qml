@@ -19,6 +19,7 @@ ApplicationWindow {
     minimumHeight: 600
     visible: true
     color: Theme.window
+    palette: Theme.palette
     title: app.activeJobCount > 0 ? `(${app.activeJobCount}) tarquel` : "tarquel"
 
     // The program ends through the quit guard alone.

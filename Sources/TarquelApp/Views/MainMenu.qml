@@ -13,6 +13,10 @@ MenuBar {
     signal folderRequested
     signal quitRequested
 
+    background: Rectangle {
+        color: Theme.window
+    }
+
     Menu {
         title: "&File"
         Action {

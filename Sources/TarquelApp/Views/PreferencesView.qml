@@ -15,6 +15,7 @@ Window {
     minimumHeight: 500
     title: "Preferences"
     color: Theme.window
+    palette: Theme.palette
     flags: Qt.Dialog
 
     Item {

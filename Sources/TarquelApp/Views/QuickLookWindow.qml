@@ -18,6 +18,7 @@ Window {
     visible: true
     title: fileName
     color: "#101114"
+    palette: Theme.palette
     flags: Qt.Dialog
     onClosing: dismissed()
     Component.onCompleted: requestActivate()
@@ -57,10 +58,12 @@ Window {
             Accessible.role: Accessible.Graphic
             Accessible.name: "Picture of " + preview.fileName
         }
-        BusyIndicator {
+        Spinner {
             anchors.centerIn: parent
-            running: poster.status === Image.Loading
-            Accessible.name: "Loading"
+            visible: poster.status === Image.Loading
+            size: 36
+            color: "#c9ccd1"
+            label: "Loading"
         }
         Label {
             objectName: "noPicture"

@@ -3,6 +3,8 @@ import QtQuick
 
 // Colours, sizes and times of the whole window. Light or dark follows the application's palette.
 QtObject {
+    id: theme
+
     readonly property SystemPalette system: SystemPalette {}
     readonly property bool dark: system.window.hslLightness < 0.5
 
@@ -20,6 +22,34 @@ QtObject {
     readonly property color red: dark ? "#f2777d" : "#bf2a35"
     readonly property color redFill: dark ? "#d9515a" : "#c5303a"
     readonly property color orange: dark ? "#eda24e" : "#a85c00"
+
+    // For the controls of a window, which do not ask the application.
+    readonly property Palette palette: Palette {
+        window: theme.system.window
+        windowText: theme.system.windowText
+        base: theme.system.base
+        alternateBase: theme.system.alternateBase
+        text: theme.system.text
+        placeholderText: theme.system.placeholderText
+        button: theme.system.button
+        buttonText: theme.system.buttonText
+        brightText: "#ffffff"
+        highlight: theme.system.highlight
+        highlightedText: theme.system.highlightedText
+        toolTipBase: theme.dark ? "#3a3d44" : "#2b2d32"
+        toolTipText: "#f4f4f5"
+        light: theme.system.light
+        midlight: theme.system.midlight
+        mid: theme.system.mid
+        dark: theme.system.dark
+        shadow: theme.system.shadow
+        disabled {
+            windowText: theme.disabledText
+            text: theme.disabledText
+            buttonText: theme.disabledText
+        }
+    }
+    readonly property color disabledText: dark ? "#74787f" : "#9a9da3"
 
     readonly property int gap: 8
     readonly property int margin: 20

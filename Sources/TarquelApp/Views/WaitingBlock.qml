@@ -13,14 +13,12 @@ ColumnLayout {
 
     spacing: 12
 
-    BusyIndicator {
+    Spinner {
         objectName: "waitingSpinner"
         Layout.alignment: Qt.AlignHCenter
         visible: block.status === "calling"
-        running: visible
-        implicitWidth: 36
-        implicitHeight: 36
-        Accessible.name: block.label
+        size: 36
+        label: block.label
     }
     Icon {
         Layout.alignment: Qt.AlignHCenter
