@@ -2,32 +2,28 @@ import QtQuick
 import QtQuick.Controls
 
 // What can be done with a job.
-Menu {
+CommandMenu {
     id: menu
 
     objectName: "jobMenu"
 
     required property SelectedJob job
 
-    component Command: MenuItem {
-        height: visible ? implicitHeight : 0
-    }
-
-    Command {
+    CommandItem {
         text: "Retry"
         visible: menu.job.canRetry
         onTriggered: menu.job.retry()
     }
-    Command {
+    CommandItem {
         text: "Cancel"
         visible: menu.job.canCancel
         onTriggered: menu.job.cancel()
     }
-    Command {
+    CommandItem {
         text: "Quick Look"
         onTriggered: menu.job.quickLook()
     }
-    Command {
+    CommandItem {
         text: "Show in Finder"
         onTriggered: menu.job.showInFileManager()
     }

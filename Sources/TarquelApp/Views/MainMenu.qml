@@ -17,11 +17,11 @@ MenuBar {
         color: Theme.window
     }
 
-    Menu {
+    CommandMenu {
         title: "&File"
         Action {
             text: "Open Video…"
-            shortcut: StandardKey.Open
+            shortcut: "Ctrl+O"
             onTriggered: menu.app.presentOpenPanel()
         }
         Action {
@@ -29,34 +29,34 @@ MenuBar {
             shortcut: "Ctrl+Shift+O"
             onTriggered: menu.folderRequested()
         }
-        MenuSeparator {}
+        CommandSeparator {}
         Action {
             text: "Clear Completed"
             enabled: menu.app.jobs.hasDone
             onTriggered: menu.app.removeCompleted()
         }
-        MenuSeparator {}
+        CommandSeparator {}
         Action {
             text: "Quit"
             shortcut: "Ctrl+Q"
             onTriggered: menu.quitRequested()
         }
     }
-    Menu {
+    CommandMenu {
         title: "&Edit"
         Action {
             text: "Find"
-            shortcut: StandardKey.Find
+            shortcut: "Ctrl+F"
             onTriggered: menu.app.find()
         }
-        MenuSeparator {}
+        CommandSeparator {}
         Action {
             text: "Preferences…"
             shortcut: "Ctrl+,"
             onTriggered: menu.preferencesRequested()
         }
     }
-    Menu {
+    CommandMenu {
         title: "&View"
         Action {
             text: "Show Queue"
@@ -69,7 +69,7 @@ MenuBar {
             onTriggered: menu.app.mode = "Library"
         }
     }
-    Menu {
+    CommandMenu {
         title: "&Job"
         Action {
             text: "Retry"
@@ -83,7 +83,7 @@ MenuBar {
             enabled: menu.sidebar.current.canCancel
             onTriggered: menu.sidebar.current.cancel()
         }
-        MenuSeparator {}
+        CommandSeparator {}
         Action {
             text: "Quick Look"
             shortcut: "Ctrl+Y"
@@ -97,7 +97,7 @@ MenuBar {
             onTriggered: menu.sidebar.current.showInFileManager()
         }
     }
-    Menu {
+    CommandMenu {
         title: "&Help"
         Action {
             text: "Check for Updates…"

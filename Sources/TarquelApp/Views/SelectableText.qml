@@ -9,6 +9,7 @@ ScrollView {
     property string label
 
     clip: true
+    contentWidth: availableWidth
 
     TextArea {
         id: area

@@ -119,7 +119,7 @@ class Stage {
     }
     harness_.state().enqueue(urls);
     harness_.turnUntilCount(count);
-    turnUntil([&] { return harness_.state().workingJobCount() == held(); });
+    turnUntil([&] { return harness_.state().activeJobCount() == held(); });
     settle();
   }
 
