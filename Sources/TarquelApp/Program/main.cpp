@@ -21,6 +21,7 @@
 #include "TarquelApp/Appearance.hpp"
 #include "TarquelApp/Desktop/ApplicationID.hpp"
 #include "TarquelApp/Desktop/BringToFront.hpp"
+#include "TarquelApp/Desktop/ColorScheme.hpp"
 #include "TarquelApp/Desktop/FileBrowser.hpp"
 #include "TarquelApp/Desktop/LaunchRequest.hpp"
 #include "TarquelApp/Desktop/LauncherEntry.hpp"
@@ -39,7 +40,15 @@ int run(QGuiApplication& application, const LaunchRequest& request) {
   SingleInstance instance(session);
   if (instance.start(request) == SingleInstance::Role::handedOver) return EXIT_SUCCESS;
 
-  setAppearance(desktopLooksDark());
+  ColorScheme scheme(session);
+  const bool isDarkOtherwise = desktopLooksDark();
+  const auto follow = [isDarkOtherwise](ColorScheme::Preference preference) {
+    setAppearance(preference == ColorScheme::Preference::none ? isDarkOtherwise
+                                                              : preference == ColorScheme::Preference::dark);
+  };
+  follow(scheme.ask());
+  QObject::connect(&scheme, &ColorScheme::changed, &application, follow);
+
   AppDelegate delegate;
   FileBrowser files(session);
   DesktopActions desktop([&files](const std::filesystem::path& file) { files.show(file); });
