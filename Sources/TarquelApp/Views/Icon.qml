@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 
 // One of the window's own drawings. Decoration, unless it is given a name to be read out.
-Image {
+Item {
     id: icon
 
     property string name
@@ -10,13 +10,19 @@ Image {
     property real size: Theme.iconSize
     property string label
 
-    source: name ? `image://icons/${name}/${String(color).slice(-6)}` : ""
-    sourceSize: Qt.size(Math.round(size * Screen.devicePixelRatio), Math.round(size * Screen.devicePixelRatio))
-    width: size
-    height: size
-    fillMode: Image.PreserveAspectFit
+    // An image in a layout would take the size of its pixels, which are more on a finer screen.
+    implicitWidth: size
+    implicitHeight: size
 
     Accessible.role: Accessible.Graphic
     Accessible.name: label
     Accessible.ignored: label === ""
+
+    Image {
+        readonly property int pixels: Math.round(icon.size * Screen.devicePixelRatio)
+
+        anchors.fill: parent
+        source: icon.name ? `image://icons/${icon.name}/${String(icon.color).slice(-6)}` : ""
+        sourceSize: Qt.size(pixels, pixels)
+    }
 }

@@ -54,7 +54,7 @@ QtObject {
     readonly property int gap: 8
     readonly property int margin: 20
     readonly property int radius: 6
-    readonly property int iconSize: 18
+    readonly property int iconSize: 20
 
     // Sizes of text, in pixels, from the one that the desktop sets.
     readonly property real bodySize: Math.max(Application.font.pixelSize, Application.font.pointSize * 96 / 72)
