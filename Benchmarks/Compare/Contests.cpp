@@ -100,7 +100,7 @@ Contest adaptivePass(const Subject& subject, const fs::path& clip) {
 }
 
 Contest wholeDecode(const Subject& subject, const fs::path& clip) {
-  return {.subject = "adaptive pass, " + subject.name + ", 10 min",
+  return {.subject = "adaptive pass in place of a full decode, " + subject.name + ", 10 min",
           .check = nullptr,
           .ours = [clip] { ourChoice(clip); },
           .opponents = {{"one full decode with ffmpeg's scene filter", [clip] { ffmpegScenes(clip); },

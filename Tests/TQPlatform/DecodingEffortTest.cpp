@@ -165,21 +165,30 @@ TEST(DecodingEffort, APictureRightAfterAWantedOneIsNeverSkipped) {
   EXPECT_EQ(generator.counts().framesDecoded, 31 + 19 + 1);
 }
 
-TEST(DecodingEffort, AWantedTimeRightBehindAnotherHasItsPicture) {
+TEST(DecodingEffort, AWantedTimeRightBehindAnotherHasItsPictureAtOnce) {
   constexpr double exactly = 0.01;
   const auto clip = oneGroup();
-  for (const int first : {4, 5, 6, 7, 120, 121, 122, 123}) {
+  for (const int threads : {1, 3})  // which read ahead
+    for (const int first : {4, 5, 6, 7, 120, 121, 122, 123}) {
+      MediaAsset asset(clip);
+      ImageGenerator generator(asset, exactly, threads);
+      generator.expect({first / 25.0, (first + 1) / 25.0});
+      EXPECT_EQ(numberShown(generator.image(first / 25.0)), first);
+      EXPECT_EQ(numberShown(generator.image((first + 1) / 25.0)), first + 1);
+      EXPECT_EQ(generator.counts().seeks, 1) << first << " and the next one";
+    }
+}
+
+TEST(DecodingEffort, WhereAllTimesAreWantedNothingIsSkippedOrDecodedTwice) {
+  const auto clip = oneGroup();
+  for (const int threads : {1, 3}) {
     MediaAsset asset(clip);
-    ImageGenerator generator(asset, exactly);
-    generator.expect({first / 25.0, (first + 1) / 25.0});
-    EXPECT_EQ(numberShown(generator.image(first / 25.0)), first);
-    EXPECT_EQ(numberShown(generator.image((first + 1) / 25.0)), first + 1);
+    ImageGenerator generator(asset, 0.01, threads);
+    generator.expect(rising(0, 9.99, 0.04));
+    for (int number = 0; number < 250; ++number)
+      EXPECT_EQ(numberShown(generator.image(number / 25.0)), number);
+    EXPECT_EQ(generator.counts().framesDecoded, 250);
   }
-  MediaAsset asset(clip);
-  ImageGenerator generator(asset, exactly);
-  generator.expect(rising(0, 9.99, 0.04));
-  for (int number = 0; number < 250; ++number)
-    EXPECT_EQ(numberShown(generator.image(number / 25.0)), number) << "where all are wanted";
 }
 
 }  // namespace
