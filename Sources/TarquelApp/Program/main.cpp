@@ -40,6 +40,7 @@ int run(QGuiApplication& application, const LaunchRequest& request) {
   SingleInstance instance(session);
   if (instance.start(request) == SingleInstance::Role::handedOver) return EXIT_SUCCESS;
 
+  chooseRenderer();
   ColorScheme scheme(session);
   const bool isDarkOtherwise = desktopLooksDark();
   const auto follow = [isDarkOtherwise](ColorScheme::Preference preference) {

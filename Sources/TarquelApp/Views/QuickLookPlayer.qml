@@ -8,7 +8,9 @@ Item {
     id: view
 
     property url file
-    readonly property bool hasPicture: player.hasVideo && player.error === MediaPlayer.NoError
+    readonly property bool canPlay: player.hasVideo && player.error === MediaPlayer.NoError
+    // Not before the first picture, nor after the last one: what stands there then is the poster.
+    readonly property bool hasPicture: canPlay && player.playbackState !== MediaPlayer.StoppedState && player.position > 0
 
     function toggle() {
         if (player.playbackState === MediaPlayer.PlayingState)
@@ -16,8 +18,6 @@ Item {
         else
             player.play()
     }
-    onFileChanged: player.play()
-
     // A machine without sound has no output to make.
     Loader {
         id: sound
@@ -30,6 +30,7 @@ Item {
     MediaPlayer {
         id: player
         source: view.file
+        onSourceChanged: play()
         videoOutput: output
         audioOutput: sound.item
     }
@@ -46,7 +47,7 @@ Item {
         anchors.right: parent.right
         anchors.bottom: parent.bottom
         anchors.margins: 8
-        visible: view.hasPicture
+        visible: view.canPlay
         spacing: 10
 
         PushButton {

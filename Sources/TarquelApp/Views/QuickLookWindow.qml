@@ -17,7 +17,7 @@ Window {
     minimumHeight: 240
     visible: true
     title: fileName
-    color: "#101114"
+    color: Theme.window
     palette: Theme.palette
     flags: Qt.Dialog
     onClosing: dismissed()
@@ -62,7 +62,6 @@ Window {
             anchors.centerIn: parent
             visible: poster.status === Image.Loading
             size: 36
-            color: "#c9ccd1"
             label: "Loading"
         }
         Label {
@@ -70,7 +69,7 @@ Window {
             anchors.centerIn: parent
             visible: poster.status === Image.Error && !(player.item && player.item.hasPicture)
             text: "No preview of this clip"
-            color: "#c9ccd1"
+            color: Theme.secondaryText
         }
 
         // A desktop without the multimedia module, or without a way to draw its pictures, has the poster.
