@@ -168,6 +168,29 @@ QImage library(WindowHarness& harness) {
   return harness.picture();
 }
 
+/// Clips that the built-in model described, with nothing scripted but the clips.
+QImage realRun(
+    WindowHarness& harness, const std::function<void()>& act = [] {}) {
+  Stage stage(harness);
+  harness.engine.settings.providerId = "mock";
+  harness.engine.settings.modelId = AppSettings{}.modelId;
+  SettingsStore(harness.paths).save(harness.engine.settings);
+  harness.launch();
+  stage.drop(shores.size());
+  stage.select(0);
+  act();
+  Stage::settle();
+  return harness.picture();
+}
+
+QImage described(WindowHarness& harness) {
+  return realRun(harness);
+}
+
+QImage describedFrame(WindowHarness& harness) {
+  return realRun(harness, [&] { harness.click(*harness.items("frameThumbnail").at(3)); });
+}
+
 /// Jobs of every kind, the one of `selected` shown.
 QImage queueOf(
     WindowHarness& harness, std::size_t selected, const std::function<void()>& act = [] {},
@@ -242,6 +265,8 @@ const std::vector<Scene>& scenes() {
                                       {"empty", empty},
                                       {"dragged-over", draggedOver},
                                       {"library", library},
+                                      {"real-run", described},
+                                      {"real-run-frame", describedFrame},
                                       {"running", running},
                                       {"extracting", extractingFrames},
                                       {"done", finished},
