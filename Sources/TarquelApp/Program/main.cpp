@@ -83,7 +83,8 @@ int main(int argumentCount, char** arguments) {
     QGuiApplication::setApplicationName(QStringLiteral("tarquel"));
     QGuiApplication::setApplicationVersion(QStringLiteral(TQ_VERSION));
     QGuiApplication::setDesktopFileName(ApplicationID::name());
-    QGuiApplication::setWindowIcon(QIcon::fromTheme(ApplicationID::name()));
+    const QIcon ownIcon(QStringLiteral(":/%1.svg").arg(ApplicationID::name()));
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(ApplicationID::name(), ownIcon));
     return run(application, request);
   } catch (const std::exception& error) {
     std::cerr << "tarquel: " << error.what() << "\n";
