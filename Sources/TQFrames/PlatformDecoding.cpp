@@ -84,10 +84,12 @@ FrameAt picturesOf(OpenClips& clips, const PictureRun& run, int threads) {
 }  // namespace
 
 DecodingPlan decodingPlan(std::size_t processorCount, std::size_t runs, std::int64_t pixels) {
-  constexpr std::int64_t fourK = 4096 * 2304;
+  constexpr std::int64_t fullHD = 1920 * 1080, fourK = 4096 * 2304;
   if (pixels > fourK) return {1, 1};
   const std::size_t atOnce = std::clamp(processorCount, std::size_t{1}, std::size_t{4});
-  const std::size_t readers = std::clamp(runs, std::size_t{1}, atOnce);
+  constexpr std::int64_t picturesHeld = 17, bytesOfAPixel = 6;  // at most, of a decoder
+  const std::int64_t fitting = MediaLimits().pictureBytes / (picturesHeld * bytesOfAPixel * std::max(pixels, fullHD));
+  const std::size_t readers = std::clamp(runs, std::size_t{1}, std::min(atOnce, static_cast<std::size_t>(fitting)));
   return {readers, static_cast<int>(atOnce / readers)};
 }
 

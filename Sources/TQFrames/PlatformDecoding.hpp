@@ -22,8 +22,9 @@ struct DecodingPlan {
 };
 
 /// As much at once as there are processors, up to four: readers as far as there are runs for them, since they wait for
-/// nobody, and then threads of one decoder. A clip of pictures beyond 4K is decoded one after the other: each further
-/// thread holds more of them. `pixels`: of one picture.
+/// nobody, and then threads of one decoder. Of 4K so few that each may keep all the pictures that a codec allows. A
+/// clip of pictures beyond 4K is decoded one after the other: each further thread holds more of them. `pixels`: of one
+/// picture.
 DecodingPlan decodingPlan(std::size_t processorCount, std::size_t runs, std::int64_t pixels);
 
 /// Pixels of a picture of the first video track, as the tables have it; 0 without one.

@@ -30,7 +30,8 @@ struct MediaLimits {
   /// its first edit counts.
   std::int64_t editingWork = std::int64_t{1} << 25;
 
-  /// Bytes of the pictures that a decoder holds at once: twenty of 8K with ten bits, and a decoder keeps seventeen.
+  /// Bytes of the pictures that the decoders of a clip hold at once: twenty of 8K with ten bits, and a decoder keeps
+  /// seventeen.
   std::int64_t pictureBytes = std::int64_t{1} << 31;
 };
 

@@ -8,9 +8,9 @@ struct AVCodecContext;
 
 namespace tq::libav {
 
-/// Counts the bytes of a decoder's pictures for as long as anybody holds them, the decoder itself among them, and
-/// refuses it more than a limit. A decoder that does not ask libavcodec for its memory (libdav1d) is bounded by the
-/// size of one picture only.
+/// Counts the bytes of the pictures of a clip's decoders for as long as anybody holds them, the decoders themselves
+/// among them, and refuses more than a limit. A decoder that does not ask libavcodec for its memory (libdav1d) is
+/// bounded by the size of one picture only.
 class PictureMemory {
  public:
   explicit PictureMemory(std::int64_t bytes) : limit_(bytes) {}

@@ -24,8 +24,14 @@ TEST(DecodingPlan, TakesTheMachineUpToFourProcessors) {
   EXPECT_EQ(decodingPlan(128, 0, fullHD), (DecodingPlan{1, 4}));
 }
 
+TEST(DecodingPlan, TheReadersOf4KMayAllBeFullOfPictures) {
+  EXPECT_EQ(decodingPlan(2, 12, 4096 * 2304), (DecodingPlan{2, 1}));
+  EXPECT_EQ(decodingPlan(4, 12, 4096 * 2304), (DecodingPlan{2, 2}));
+  EXPECT_EQ(decodingPlan(4, 12, 2560 * 1440), (DecodingPlan{4, 1}));
+  EXPECT_EQ(decodingPlan(4, 12, 0), (DecodingPlan{4, 1})) << "an unknown size";
+}
+
 TEST(DecodingPlan, PicturesBeyond4KAreDecodedOneAfterTheOther) {
-  EXPECT_EQ(decodingPlan(4, 12, 4096 * 2160), (DecodingPlan{4, 1}));
   EXPECT_EQ(decodingPlan(4, 12, 7680 * 4320), (DecodingPlan{1, 1}));
 }
 
