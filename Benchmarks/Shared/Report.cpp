@@ -52,7 +52,8 @@ void writeRow(std::ostream& out, const Outcome& outcome) {
 
 void writeRow(std::ostream& out, const Figure& figure) {
   const std::string goal = figure.goal ? "at most " + timeText(*figure.goal) + verdict(figure.met()) : "";
-  out << "| " << figure.subject << " | | " << timeText(figure.seconds) << " | | | | | " << goal << " |" << std::endl;
+  out << "| " << figure.subject << " | | " << timeText(figure.seconds) << " | | | | "
+      << (figure.processor ? timeText(*figure.processor) : "") << " | " << goal << " |" << std::endl;
 }
 
 void writeMachine(std::ostream& out) {

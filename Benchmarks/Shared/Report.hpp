@@ -12,7 +12,8 @@ namespace tq::compare {
 struct Figure {
   std::string subject;
   double seconds = 0;
-  std::optional<double> goal{};  ///< at most so many seconds
+  std::optional<double> goal{};       ///< at most so many seconds
+  std::optional<double> processor{};  ///< seconds of all threads together
 
   bool met() const { return !goal || seconds <= *goal; }
 };
