@@ -5,6 +5,7 @@
 
 #include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/TrackIndex.hpp"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -84,9 +85,7 @@ void MediaFile::clearFailure() {
 
 bool MediaFile::tablesTooLarge() const {
   if (!format_) return false;
-  std::int64_t samples = 0;
-  for (unsigned index = 0; index < format_->nb_streams; ++index)
-    samples += avformat_index_get_entries_count(format_->streams[index]);
+  const std::int64_t samples = listedSamples(*format_);
   return samples > limits_.samples || samples * format_->nb_streams > limits_.samplesByTracks;
 }
 

@@ -1,5 +1,6 @@
 #include "TQPlatform/PictureRuns.hpp"
 
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -12,6 +13,13 @@ extern "C" {
 
 namespace tq {
 
+namespace {
+
+/// 40 bytes each, for every time that the clip is open: two hours at 60 frames a second with their sound.
+constexpr std::int64_t mostSamples = std::int64_t{1} << 20;
+
+}  // namespace
+
 std::vector<PictureRun> pictureRuns(MediaAsset& asset, const std::vector<double>& times, double tolerance,
                                     std::stop_token stop) {
   if (times.empty()) return {};
@@ -21,7 +29,7 @@ std::vector<PictureRun> pictureRuns(MediaAsset& asset, const std::vector<double>
   const libav::Watch::Scope scope(state.watch, std::move(stop), state.limits.opening);
   libav::TrackIndex index(*state.format, *video, state.origin);
   index.limit(avio_size(state.format->pb));
-  if (index.isIncomplete()) return {times};
+  if (index.isIncomplete() || libav::listedSamples(*state.format) > mostSamples) return {times};
   std::vector<PictureRun> runs;
   std::optional<libav::KeyFrame> last;
   for (const double time : times) {

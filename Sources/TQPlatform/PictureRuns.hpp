@@ -12,7 +12,8 @@ using PictureRun = std::vector<double>;
 
 /// Divides rising times into runs of which each can be left to a generator of its own: no two of them decode the same
 /// group of pictures, and no picture lies within the tolerance of times of both. It depends on nothing but the clip's
-/// tables, so the pictures are the same however many generators share the runs. Throws `MediaError` when it takes too
+/// tables, so the pictures are the same however many generators share the runs. A clip whose tables are so large that
+/// they should not be held twice is one run. Throws `MediaError` when it takes too
 /// long, and `Cancelled`.
 std::vector<PictureRun> pictureRuns(MediaAsset& asset, const std::vector<double>& times, double tolerance,
                                     std::stop_token stop);

@@ -20,6 +20,13 @@ double delayOf(AVStream& stream) {
 
 }  // namespace
 
+std::int64_t listedSamples(const AVFormatContext& format) {
+  std::int64_t samples = 0;
+  for (unsigned index = 0; index < format.nb_streams; ++index)
+    samples += avformat_index_get_entries_count(format.streams[index]);
+  return samples;
+}
+
 TrackIndex::TrackIndex(AVFormatContext& format, AVStream& stream, double origin)
     : format_(format), stream_(stream), origin_(origin) {
   noteDelay(delayOf(stream));

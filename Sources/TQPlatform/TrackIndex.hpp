@@ -18,6 +18,9 @@ struct KeyFrame {
   bool operator==(const KeyFrame&) const = default;
 };
 
+/// How many samples the tables of all tracks list together.
+std::int64_t listedSamples(const AVFormatContext& format);
+
 /// What the tables of a clip tell about one of its tracks. Times are seconds from the start of the presentation, time
 /// stamps are in the track's time base.
 class TrackIndex {

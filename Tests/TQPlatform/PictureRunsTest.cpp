@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include "Support/ClipMaker.hpp"
+#include "Support/MovieWriter.hpp"
+#include "Support/TemporaryFolder.hpp"
 #include "TQPlatform/Cancelled.hpp"
 #include "TQPlatform/PictureRuns.hpp"
 
@@ -41,6 +43,16 @@ TEST(PictureRuns, FragmentsThatAreNotReadYetAreOneRun) {
       makeVideo("testsrc=s=64x48:r=10:d=30",
                 h264({"-g", "20", "-movflags", "frag_keyframe+empty_moov+global_sidx+default_base_moof"}), "mp4");
   EXPECT_THAT(runsOf(clip, {0.5, 13.5, 29.5}), ElementsAre(PictureRun{0.5, 13.5, 29.5}));
+}
+
+TEST(PictureRuns, LargeTablesAreNotHeldTwice) {
+  const TemporaryFolder folder;
+  const auto runsOfSamples = [&](std::uint32_t count) {
+    const MovieTrack track{.sampleCount = count, .times = {{count, 10}}};
+    return runsOf(writeClip(folder / "movie.mov", movieOf(track)), {0, 0.45, 0.9}).size();
+  };
+  EXPECT_EQ(runsOfSamples(10), 3u);
+  EXPECT_EQ(runsOfSamples((1u << 20) + 1), 1u);
 }
 
 TEST(PictureRuns, WithoutAVideoTrackNothingIsDivided) {
