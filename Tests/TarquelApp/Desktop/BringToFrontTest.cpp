@@ -20,7 +20,7 @@ TEST(BringToFront, AWindowBehindAnotherGetsTheKeyboard) {
   turnUntil([&] { return window.isActive(); });
 }
 
-TEST(BringToFront, AMinimizedWindowKeepsItsSizeStateOtherwise) {
+TEST(BringToFront, AMinimizedWindowComesBackAsItWas) {
   QWindow window;
   window.showMaximized();
   window.setWindowStates(window.windowStates() | Qt::WindowMinimized);
