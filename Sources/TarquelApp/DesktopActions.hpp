@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QDir>
 #include <QObject>
 #include <QQmlEngine>
+#include <QStandardPaths>
 #include <QUrl>
 #include <filesystem>
 #include <functional>
@@ -16,12 +18,20 @@ class DesktopActions : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("The program has one.")
+  Q_PROPERTY(QUrl videosFolder READ videosFolder CONSTANT)
 
  public:
   using Show = std::function<void(const std::filesystem::path& file)>;
 
+  /// @param showInFileManager  shows a file in its folder
   explicit DesktopActions(Show showInFileManager, QObject* parent = nullptr)
       : QObject(parent), showInFileManager_(std::move(showInFileManager)) {}
+
+  /// Where a user's clips probably are: the folder that the desktop calls so, if it is there, else the home folder.
+  static QUrl videosFolder() {
+    const QString videos = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    return QUrl::fromLocalFile(QDir(videos).exists() ? videos : QDir::homePath());
+  }
 
   /// Shows a file in its folder. What is no local file is ignored.
   Q_INVOKABLE void showInFileManager(const QUrl& file) const {

@@ -61,6 +61,7 @@ ApplicationWindow {
         id: fileDialog
         title: "Open Video…"
         fileMode: FileDialog.OpenFiles
+        currentFolder: window.desktop.videosFolder
         nameFilters: [`Video files (${window.app.videoNamePatterns.join(" ")})`, "All files (*)"]
         onAccepted: window.app.enqueue(selectedFiles)
     }
@@ -68,6 +69,7 @@ ApplicationWindow {
     FolderDialog {
         id: folderDialog
         title: "Open Folder…"
+        currentFolder: window.desktop.videosFolder
         onAccepted: window.app.enqueue([selectedFolder])
     }
 

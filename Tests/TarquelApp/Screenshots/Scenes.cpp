@@ -242,6 +242,14 @@ QImage jobMenu(WindowHarness& harness) {
   return queueOf(harness, 0, [&] { harness.press(Qt::Key_J, Qt::AltModifier); });
 }
 
+/// The panel of a desktop that has none of its own.
+QImage openPanel(WindowHarness& harness) {
+  harness.launch();
+  harness.state().presentOpenPanel();
+  Stage::settle();
+  return harness.picture();
+}
+
 QImage quitQuestion(WindowHarness& harness) {
   return queueOf(harness, 0, [&] { harness.delegate.terminate(); });
 }
@@ -275,6 +283,7 @@ const std::vector<Scene>& scenes() {
                                       {"frame-preview", framePreview},
                                       {"context-menu", contextMenu},
                                       {"job-menu", jobMenu},
+                                      {"open-panel", openPanel},
                                       {"quit-question", quitQuestion},
                                       {"quick-look", quickLook}};
   return all;
