@@ -250,7 +250,7 @@ void killRunningChildren() noexcept {
     for (const fs::directory_entry& task : fs::directory_iterator("/proc/self/task")) {
       std::ifstream children(task.path() / "children");
       for (pid_t child = 0; children >> child;)
-        ::kill(-child, SIGKILL);
+        if (::kill(-child, SIGKILL) != 0) ::kill(child, SIGKILL);  // it is just being launched, and alone
     }
   } catch (const std::exception&) {
     // A thread may end while it is looked at; what was found so far has been dealt with.

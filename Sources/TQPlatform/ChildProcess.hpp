@@ -37,9 +37,9 @@ struct ChildLimits {
 ChildResult runChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                      const ChildLimits& limits);
 
-/// Ends all children of this process that lead a process group, with their groups, by SIGKILL and without waiting. For
-/// a program that must leave at once while other threads are inside `runChild`; those calls then return the signal's
-/// number. A child that another thread is launching in this very moment may be missed. Never throws.
+/// Ends all children of this process, with the groups that they lead, by SIGKILL and without waiting. For a program
+/// that must leave at once while other threads are inside `runChild`; those calls then return the signal's number. A
+/// child that another thread is launching in this very moment may be missed. Never throws.
 void killRunningChildren() noexcept;
 
 }  // namespace tq
