@@ -8,6 +8,7 @@
 #include "TQFrames/PerceptualHash.hpp"
 #include "TQFrames/PlatformMetadata.hpp"
 #include "TQPlatform/ImageGenerator.hpp"
+#include "TQPlatform/PictureRuns.hpp"
 #include "TQPlatform/UUID.hpp"
 
 namespace tq {
@@ -36,10 +37,21 @@ void checkMetadata(const MediaAsset& asset, const std::filesystem::path& file) {
   fuzz::require(std::isfinite(metadata.frameRate) && metadata.frameRate >= 0, "a frame rate is finite");
 }
 
-/// Three pictures: the first, one from the middle, which takes a seek, and the last.
-void checkPictures(MediaAsset& asset) {
+void checkRuns(MediaAsset& asset, const std::vector<double>& times) {
+  std::vector<double> inRuns;
+  for (const PictureRun& run : pictureRuns(asset, times, 0.2, {}))
+    inRuns.insert(inRuns.end(), run.begin(), run.end());
+  fuzz::require(inRuns == times, "runs hold all times in their order");
+}
+
+/// Three pictures: the first, one from the middle, which takes a seek, and the last; from the file as it was opened
+/// again.
+void checkPictures(const MediaAsset& first) {
+  MediaAsset asset = first.another();
+  const std::vector<double> times{0.0, asset.duration() / 2, asset.duration()};
+  checkRuns(asset, times);
   ImageGenerator generator(asset);
-  for (const double seconds : {0.0, asset.duration() / 2, asset.duration()}) {
+  for (const double seconds : times) {
     const Image picture = generator.image(seconds);
     fuzz::require(picture.width() >= 1 && picture.height() >= 1, "a picture has a size");
     fuzz::require(perceptualHash(picture) == perceptualHash(picture), "a picture always has the same hash");
