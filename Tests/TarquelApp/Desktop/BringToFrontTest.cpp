@@ -3,6 +3,7 @@
 
 #include "Support/EnvironmentVariable.hpp"
 #include "TarquelApp/Desktop/BringToFront.hpp"
+#include "TarquelApp/QtWarnings.hpp"
 #include "TarquelApp/Turning.hpp"
 
 namespace tq {
@@ -10,7 +11,13 @@ namespace {
 
 using test::turnUntil;
 
-TEST(BringToFront, AWindowBehindAnotherGetsTheKeyboard) {
+class BringToFront : public testing::Test {
+ private:
+  /// Said where nobody sees the screen.
+  const test::ExpectedQtWarning noOrder_{QStringLiteral("does not support raise()")};
+};
+
+TEST_F(BringToFront, AWindowBehindAnotherGetsTheKeyboard) {
   QWindow window, other;
   window.show();
   other.show();
@@ -20,7 +27,7 @@ TEST(BringToFront, AWindowBehindAnotherGetsTheKeyboard) {
   turnUntil([&] { return window.isActive(); });
 }
 
-TEST(BringToFront, AMinimizedWindowComesBackAsItWas) {
+TEST_F(BringToFront, AMinimizedWindowComesBackAsItWas) {
   QWindow window;
   window.showMaximized();
   window.setWindowStates(window.windowStates() | Qt::WindowMinimized);
@@ -29,13 +36,13 @@ TEST(BringToFront, AMinimizedWindowComesBackAsItWas) {
   EXPECT_TRUE(window.isVisible());
 }
 
-TEST(BringToFront, AHiddenWindowIsShown) {
+TEST_F(BringToFront, AHiddenWindowIsShown) {
   QWindow window;
   bringToFront(window, QStringLiteral("token"));
   EXPECT_TRUE(window.isVisible());
 }
 
-TEST(BringToFront, NoTokenIsLeftToOtherProgramsWhereTheDesktopHasNone) {
+TEST_F(BringToFront, NoTokenIsLeftToOtherProgramsWhereTheDesktopHasNone) {
   const test::EnvironmentVariable none("XDG_ACTIVATION_TOKEN", std::nullopt);
   QWindow window;
   bringToFront(window, QStringLiteral("token"));
