@@ -22,9 +22,6 @@ std::optional<std::int64_t> wholeNumber(double number);
 /// What C's "%.<digits>f" prints.
 std::string fixedText(double value, int digits);
 
-/// The number itself when it has no fraction and fits.
-std::optional<std::int64_t> wholeNumber(double number);
-
 /// What C's "%0<digits>d" prints: at least so many characters, filled up with zeros.
 std::string paddedText(std::int64_t value, int digits);
 
