@@ -1,0 +1,137 @@
+// What the window costs. See Benchmarks/measure-window.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "Benchmarks/Shared/Report.hpp"
+#include "Benchmarks/Window/FirstFrame.hpp"
+#include "Benchmarks/Window/WindowRig.hpp"
+#include "TarquelApp/Appearance.hpp"
+
+namespace {
+
+using namespace tq::window;
+
+/// A good answer of about that many bytes.
+std::string answerOf(std::size_t bytes) {
+  std::string shots;
+  while (shots.size() < bytes) {
+    if (!shots.empty()) shots += ",";
+    shots += R"({"shot_type": "wide", "framing_notes": ")" + std::string(400, 'a') + R"("})";
+  }
+  return R"({"schema_version": "1.0", "summary": "Long.", "shots": [)" + shots +
+         R"(], "global": {"overall_summary_one_line": "A long one."}})";
+}
+
+/// Words that no JSON reader takes, in lines.
+std::string chatterOf(std::size_t bytes) {
+  std::string text = "I am afraid that";
+  while (text.size() < bytes)
+    text += text.size() % 7 == 0 ? "\nand then " : " there is nothing to be said of this clip";
+  text.resize(bytes);
+  return text;
+}
+
+void measureQueue(TimedApplication& application, int jobs) {
+  WindowRig rig(application, {.succeeds = [](int number) { return number % 2 == 0; }});
+  FrameCosts& costs = rig.costs();
+  rig.makeClips(jobs);
+  costs.print("(the empty window)");
+  rig.enqueue();
+  rig.runToEnd(jobs);
+  const std::string all = std::to_string(jobs) + " jobs";
+  costs.print(all + " taken in and run to their end at full speed");
+
+  QQuickItem& list = rig.item("queueList");
+  const QPointF middle = list.mapToScene({list.width() / 2, list.height() / 2});
+  for (int turn = 0; turn < 400; ++turn)
+    costs.step([&] { rig.wheel(middle, turn % 40 < 20 ? -15 : 15); });
+  costs.print("400 turns of the wheel over " + all);
+
+  const double right = list.mapToScene({list.width() - 4, 0}).x();
+  const double top = middle.y() - list.height() / 2;
+  list.setProperty("contentY", 0);
+  rig.mouse(QEvent::MouseButtonPress, {right, top + 8});
+  for (int step = 1; step <= 300; ++step)
+    costs.step([&] { rig.mouse(QEvent::MouseMove, {right, top + 8 + (list.height() - 16) * step / 300}); });
+  rig.mouse(QEvent::MouseButtonRelease, {right, top + list.height() - 8});
+  costs.print("the scroll bar dragged from end to end in 300 steps");
+
+  rig.select(0);
+  list.forceActiveFocus(Qt::TabFocusReason);
+  costs.step([&] { rig.press(Qt::Key_Home); });
+  for (int page = 0; page < jobs / 11; ++page)
+    costs.step([&] { rig.press(Qt::Key_PageDown); });
+  costs.print("page down through all of them");
+
+  costs.step([&] { rig.state().removeCompleted(); });
+  costs.until([&] { return !rig.state().jobs()->hasDone(); });
+  costs.step([] {});
+  costs.print("clearing them, every second of which is done");
+}
+
+void measureSelection(TimedApplication& application) {
+  constexpr int jobs = 30;
+  WindowRig rig(application, {.frames = 64, .answer = answerOf(100'000)});
+  rig.makeClips(jobs);
+  rig.enqueue();
+  rig.runToEnd(jobs);
+  FrameCosts& costs = rig.costs();
+  rig.item("queueList").forceActiveFocus(Qt::TabFocusReason);
+  costs.print("(30 jobs with results of 100 KB and 64 frames)");
+  for (int row = 0; row < jobs; ++row)
+    costs.step([&] { rig.press(Qt::Key_Down); });
+  costs.print("selecting them one after the other");
+  const QSize size = rig.window().size();
+  for (int step = 1; step <= 40; ++step)
+    costs.step([&] { rig.window().resize(size + QSize(4 * step, 3 * step)); });
+  costs.print("40 sizes of the window with one of them shown");
+}
+
+void measureRawResponse(TimedApplication& application, std::size_t megabytes) {
+  WindowRig rig(application, {.answer = chatterOf(megabytes * 1'000'000)});
+  rig.makeClips(1);
+  rig.enqueue();
+  rig.runToEnd(1);
+  FrameCosts& costs = rig.costs();
+  costs.step([] {});
+  costs.print("(a job with a raw response of " + std::to_string(megabytes) + " MB)");
+  costs.step([&] { rig.select(0); });
+  costs.print("showing it");
+  QQuickItem& text = rig.item("rawResponseText");
+  for (int turn = 0; turn < 100; ++turn)
+    costs.step([&] { rig.wheel(text.mapToScene({text.width() / 2, text.height() / 2}), -15); });
+  costs.print("100 turns of the wheel over it");
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  try {
+    const std::string what = argumentCount > 1 ? arguments[1] : "";
+    tq::prepareForApplication();
+    if (what == "start" && argumentCount == 3) {
+      const QCoreApplication application(argumentCount, arguments);
+      measureStart(QString::fromLocal8Bit(arguments[2]), 15);
+      return EXIT_SUCCESS;
+    }
+    if (what != "use" || argumentCount > 3)
+      throw std::invalid_argument("usage: measure-window start PROGRAM | use [JOBS]");
+    TimedApplication application(argumentCount, arguments);
+    tq::setAppearance(false);
+    tq::compare::writeMachine(std::cout);
+    FrameCosts::printHead();
+    measureQueue(application, argumentCount > 2 ? std::max(100, std::atoi(arguments[2])) : 10'000);
+    measureSelection(application);
+    measureRawResponse(application, 1);
+    measureRawResponse(application, 8);
+    return EXIT_SUCCESS;
+  } catch (const std::exception& error) {
+    std::cerr << "measure-window: " << error.what() << "\n";
+    return EXIT_FAILURE;
+  }
+}
