@@ -32,7 +32,7 @@ JobDetail::JobDetail(AppState& app, FrameShelf& shelf, std::shared_ptr<const Clo
     : QObject(parent), app_(app), shelf_(shelf), clock_(std::move(clock)) {
   connect(&app, &AppState::selectedJobIDChanged, this, &JobDetail::follow);
   connect(app.jobs(), &QAbstractItemModel::rowsInserted, this, &JobDetail::follow);
-  connect(app.jobs(), &QAbstractItemModel::rowsRemoved, this, &JobDetail::follow);
+  connect(app.jobs(), &QAbstractItemModel::rowsRemoved, this, &JobDetail::followSoon);
   connect(app.jobs(), &JobListModel::jobReplaced, this, [this](const UUID& id) {
     if (job_ && job_->id == id) follow();
   });
@@ -45,6 +45,18 @@ void JobDetail::follow() {
   const auto& selected = app_.selection();
   const auto row = selected ? app_.jobList().rowOf(*selected) : std::nullopt;
   show(row ? app_.jobList().rows()[*row] : nullptr);
+}
+
+/// Thousands of rows may go one after the other, and each look at the list would count its rows anew.
+void JobDetail::followSoon() {
+  if (std::exchange(willFollow_, true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        willFollow_ = false;
+        follow();
+      },
+      Qt::QueuedConnection);
 }
 
 void JobDetail::show(JobList::Row job) {

@@ -90,6 +90,7 @@ class JobDetail : public QObject {
 
  private:
   void follow();
+  void followSoon();
   void show(JobList::Row job);
 
   AppState& app_;
@@ -100,6 +101,7 @@ class JobDetail : public QObject {
   mutable std::optional<QString> markdown_;
   mutable std::optional<QString> json_;
   QTimer second_;
+  bool willFollow_ = false;
 };
 
 }  // namespace tq

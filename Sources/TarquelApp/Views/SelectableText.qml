@@ -1,15 +1,51 @@
 import QtQuick
 import QtQuick.Controls
+import Tarquel
 
-// A text of any length, to be read and copied.
+// A text of any length, to be read and copied. Laying out a long text takes seconds, so the view holds its beginning,
+// and takes in more when somebody comes to the end of that. Who selects all and copies gets the whole text.
 ScrollView {
     id: view
 
-    property alias text: area.text
+    property string text
     property string label
 
+    readonly property int piece: 12000
+    property int shown: 0
+
+    function endOfPiece(start: int): int {
+        if (start + piece >= text.length)
+            return text.length
+        const line = text.lastIndexOf("\n", start + piece)
+        if (line >= start + piece / 2)
+            return line + 1
+        const unit = text.charCodeAt(start + piece - 1)
+        return start + piece - (unit >= 0xd800 && unit < 0xdc00 ? 1 : 0)
+    }
+    function begin() {
+        shown = endOfPiece(0)
+        area.text = text.slice(0, shown)
+        contentItem.contentY = 0
+    }
+    function goOn() {
+        if (shown >= text.length || contentItem.contentY + 2 * height < contentItem.contentHeight)
+            return
+        const end = endOfPiece(shown)
+        area.insert(area.length, text.slice(shown, end))
+        shown = end
+    }
+
     clip: true
+    implicitWidth: 200
+    implicitHeight: 100
     contentWidth: availableWidth
+    onTextChanged: begin()
+    onHeightChanged: Qt.callLater(goOn)
+
+    Connections {
+        target: view.contentItem
+        function onContentYChanged() { Qt.callLater(view.goOn) }
+    }
 
     TextArea {
         id: area
@@ -22,6 +58,14 @@ ScrollView {
         padding: 12
         background: null
         Accessible.name: view.label
+
+        Keys.onPressed: event => {
+            const all = selectionStart === 0 && selectionEnd === length && length > 0
+            if (!all || view.shown === view.text.length || !event.matches(StandardKey.Copy))
+                return
+            Clipboard.copy(view.text)
+            event.accepted = true
+        }
     }
 
     background: Rectangle {
