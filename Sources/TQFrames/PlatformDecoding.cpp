@@ -17,74 +17,67 @@ namespace {
 
 constexpr double tolerance = 0.2;  // seconds
 
-/// The clip as often as it is open, each time with a decoder.
-class Readers {
+/// The clip as often as it is open: once for each reader at work.
+class OpenClips {
  public:
-  struct Reader {
-    Reader(MediaAsset& clip, int threads) : generator(clip, tolerance, threads) {}
-    Reader(MediaAsset&& another, int threads) : own(std::move(another)), generator(*own, tolerance, threads) {}
+  explicit OpenClips(MediaAsset& first) : first_(first), idle_{&first} {}
 
-    std::optional<MediaAsset> own;
-    ImageGenerator generator;
-  };
-
-  Readers(MediaAsset& first, int threads) : first_(first), threads_(threads) {
-    idle_.push_back(&readers_.emplace_back(first, threads));
-  }
-
-  Reader& take(const std::stop_token& stop) {
+  MediaAsset& take(const std::stop_token& stop) {
     {
       const std::lock_guard lock(mutex_);
       if (!idle_.empty()) {
-        Reader* reader = idle_.back();
+        MediaAsset* clip = idle_.back();
         idle_.pop_back();
-        return *reader;
+        return *clip;
       }
     }
-    MediaAsset another = first_.another(stop);
+    MediaAsset clip = first_.another(stop);
     const std::lock_guard lock(mutex_);
-    return readers_.emplace_back(std::move(another), threads_);
+    return others_.emplace_back(std::move(clip));
   }
 
-  void giveBack(Reader& reader) {
+  void giveBack(MediaAsset& clip) {
     const std::lock_guard lock(mutex_);
-    idle_.push_back(&reader);
+    idle_.push_back(&clip);
   }
 
  private:
   const MediaAsset& first_;
-  const int threads_;
   std::mutex mutex_;
-  std::list<Reader> readers_;
-  std::vector<Reader*> idle_;
+  std::list<MediaAsset> others_;
+  std::vector<MediaAsset*> idle_;
 };
 
-/// A reader at work on a run.
-class Reading {
+/// A generator on a clip that is open anyway, or is opened for it.
+class Reader {
  public:
-  Reading(Readers& readers, const PictureRun& run, const std::stop_token& stop)
-      : readers_(readers), reader_(readers.take(stop)) {
-    reader_.generator.startAnew(run);
+  Reader(OpenClips& clips, const PictureRun& run, int threads, const std::stop_token& stop)
+      : clips_(clips), clip_(clips.take(stop)), generator_(std::in_place, clip_, tolerance, threads) {
+    generator_->expect(run);
   }
 
-  ~Reading() { readers_.giveBack(reader_); }
+  ~Reader() {
+    generator_.reset();
+    clips_.giveBack(clip_);
+  }
 
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
 
-  Image image(double seconds, const std::stop_token& stop) { return reader_.generator.image(seconds, stop); }
+  Image image(double seconds, const std::stop_token& stop) { return generator_->image(seconds, stop); }
 
  private:
-  Readers& readers_;
-  Readers::Reader& reader_;
+  OpenClips& clips_;
+  MediaAsset& clip_;
+  std::optional<ImageGenerator> generator_;
 };
 
 /// Opens with the first picture, so that a clip that cannot be opened again fails that one.
-FrameAt picturesOf(Readers& readers, const PictureRun& run) {
-  const auto reading = std::make_shared<std::optional<Reading>>();
-  return [&readers, &run, reading](double seconds, const std::stop_token& stop) {
-    if (!*reading) reading->emplace(readers, run, stop);
-    return (*reading)->image(seconds, stop);
+FrameAt picturesOf(OpenClips& clips, const PictureRun& run, int threads) {
+  const auto reader = std::make_shared<std::optional<Reader>>();
+  return [&clips, &run, threads, reader](double seconds, const std::stop_token& stop) {
+    if (!*reader) reader->emplace(clips, run, threads, stop);
+    return (*reader)->image(seconds, stop);
   };
 }
 
@@ -121,8 +114,8 @@ std::vector<ExtractedFrame> extractPlatformFrames(MediaAsset& asset, const std::
                                                   const ExtractionProgress& progress, std::stop_token stop) {
   const std::vector<PictureRun> runs = pictureRuns(asset, times, tolerance, stop);
   const DecodingPlan plan = decodingPlan(processorCount, runs.size(), pictureSize(asset));
-  Readers readers(asset, plan.threads);
-  const OpenRun open = [&](const PictureRun& run) { return picturesOf(readers, run); };
+  OpenClips clips(asset);
+  const OpenRun open = [&](const PictureRun& run) { return picturesOf(clips, run, plan.threads); };
   return extractFramesPlatformBatch(runs, open, plan.readers, encoding, progress, std::move(stop));
 }
 

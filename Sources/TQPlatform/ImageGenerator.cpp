@@ -90,7 +90,6 @@ struct ImageGenerator::Decoder {
   Image imageAt(double seconds, const std::stop_token& stop);
   void noticeFileSize();
   void forget();
-  void startAnew();
   const Decoded& find(double seconds);
 
   bool serves(double time, double seconds) const { return time >= seconds - tolerance && time <= seconds + tolerance; }
@@ -302,16 +301,6 @@ void ImageGenerator::Decoder::forget() {
   drained = ended = false;
 }
 
-void ImageGenerator::Decoder::startAnew() {
-  forget();
-  mayCut = true;
-  if (!codec) return;
-  index.emplace(*asset.format, *stream, asset.origin);
-  avcodec_flush_buffers(codec.get());
-  // A decoder that has met pictures in another order holds back more of them.
-  codec->has_b_frames = stream->codecpar->video_delay;
-}
-
 void ImageGenerator::Decoder::seek(const std::optional<libav::KeyFrame>& key) {
   const std::int64_t stamp = key ? index->lastStampOf(*key) : index->stampOf(0);
   forget();
@@ -421,11 +410,6 @@ Image ImageGenerator::image(double seconds, std::stop_token stop) {
 void ImageGenerator::expect(std::vector<double> times) {
   std::ranges::sort(times);
   decoder_->expected = std::move(times);
-}
-
-void ImageGenerator::startAnew(std::vector<double> times) {
-  decoder_->startAnew();
-  expect(std::move(times));
 }
 
 const DecodingCounts& ImageGenerator::counts() const {

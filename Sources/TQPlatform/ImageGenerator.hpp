@@ -47,10 +47,6 @@ class ImageGenerator {
   /// is done with a group of pictures, and decodes nothing of it any more. Other times still give their pictures.
   void expect(std::vector<double> times);
 
-  /// The same, and whatever was decoded so far counts no more: the pictures are those that a new generator gives, whose
-  /// decoder would have to take its memory anew.
-  void startAnew(std::vector<double> times);
-
   const DecodingCounts& counts() const;
 
  private:

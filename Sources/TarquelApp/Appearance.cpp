@@ -29,7 +29,7 @@ constexpr std::array<Shade, 17> shades{{
     {QPalette::Button, 0xfffbfaf9, 0xff2b2d32},
     {QPalette::ButtonText, 0xff1f2328, 0xffe7e8ea},
     {QPalette::BrightText, 0xffffffff, 0xffffffff},
-    {QPalette::Highlight, 0xff2563c9, 0xff3f7ae0},
+    {QPalette::Highlight, 0xff2563c9, 0xff3b73d8},
     {QPalette::HighlightedText, 0xffffffff, 0xffffffff},
     {QPalette::ToolTipBase, 0xff2b2d32, 0xff3a3d44},
     {QPalette::ToolTipText, 0xfff4f4f5, 0xfff4f4f5},

@@ -201,32 +201,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Recipe{"Uncompressed", {"-c:v", "rawvideo", "-pix_fmt", "uyvy422"}, "mov"}),
     [](const auto& recipe) { return recipe.param.name; });
 
-TEST(ImageGenerator, OneThatStartsAnewGivesThePicturesOfANewOne) {
-  const Arguments openGroups{"-preset", "medium", "-x265-params",
-                             "log-level=none:open-gop=1:keyint=40:bframes=4:scenecut=0"};
-  const Arguments untold{"-preset",      "medium",
-                         "-g",           "40",
-                         "-bf",          "3",
-                         "-bsf:v",       "h264_metadata=delete_filler=1",
-                         "-x264-params", "nal-hrd=none:b-pyramid=normal"};
-  for (const fs::path& clip : {makeVideo(numberedPicture(20, 10), hevc(openGroups), "mp4"),
-                               makeVideo(numberedPicture(20, 10), h264(untold), "mp4"),
-                               makeVideo(numberedPicture(20, 10), {"-c:v", "mpeg4", "-bf", "2", "-g", "40"}, "mp4")}) {
-    MediaAsset asset(clip), other(clip);
-    ImageGenerator restarted(asset, tolerance);
-    restarted.expect({18.5});
-    restarted.image(18.5);
-    for (const auto& run :
-         {std::vector<double>{11.75, 12.9}, std::vector<double>{3.8, 4.1, 6}, std::vector<double>{19.9}}) {
-      restarted.startAnew(run);
-      ImageGenerator fresh(other, tolerance);
-      fresh.expect(run);
-      for (const double time : run)
-        EXPECT_EQ(restarted.image(time).luma(64, 48), fresh.image(time).luma(64, 48)) << time;
-    }
-  }
-}
-
 TEST(ImageGenerator, TheFirstOfTwoVideoTracksCounts) {
   const auto clip = makeClip({"-f", "lavfi", "-i", "color=white:s=64x64:r=10:d=1", "-f", "lavfi", "-i",
                               "color=black:s=128x128:r=10:d=1", "-map", "0", "-map", "1", "-c:v", "mpeg4"},

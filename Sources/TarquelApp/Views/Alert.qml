@@ -40,6 +40,8 @@ Dialog {
 
         Label {
             objectName: "alertMessage"
+            color: Theme.text
+            Accessible.ignored: true
             Layout.fillWidth: true
             text: alert.message
             textFormat: Text.PlainText
@@ -48,6 +50,7 @@ Dialog {
         }
         Label {
             objectName: "alertInformation"
+            color: Theme.text
             Layout.fillWidth: true
             visible: text !== ""
             text: alert.informativeText

@@ -14,6 +14,16 @@ MenuItem {
     rightPadding: 12
     topPadding: 0
     bottomPadding: 0
+    Accessible.role: Accessible.MenuItem
+    Accessible.name: text
+    Accessible.onPressAction: {
+        if (menu)
+            menu.dismiss()
+        if (action)
+            action.trigger(item)
+        else
+            triggered()
+    }
 
     background: Rectangle {
         anchors.fill: parent

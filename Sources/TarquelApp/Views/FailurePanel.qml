@@ -23,23 +23,17 @@ ColumnLayout {
             color: Theme.orange
             size: 28
         }
-        TextEdit {
+        ReadableText {
             Layout.fillWidth: true
             Layout.alignment: Qt.AlignVCenter
             objectName: "failureText"
             text: panel.message
-            textFormat: TextEdit.PlainText
-            readOnly: true
-            selectByMouse: true
-            activeFocusOnTab: true
-            wrapMode: TextEdit.Wrap
-            color: Theme.text
-            selectionColor: Theme.accent
-            Accessible.name: "Error"
+            label: "Error"
         }
     }
     Label {
         objectName: "rawResponseTitle"
+        color: Theme.text
         Layout.topMargin: Theme.gap
         visible: panel.hasRawResponse
         text: "Raw model response"

@@ -47,6 +47,7 @@ Dialog {
             Label {
                 Layout.fillWidth: true
                 objectName: "frameTitle"
+                color: Theme.text
                 text: `Frame ${sheet.index + 1} of ${sheet.timecodes.length} — ${sheet.timecodes[sheet.index] ?? ""}`
                 font.bold: true
             }
@@ -87,6 +88,7 @@ Dialog {
                 }
                 Label {
                     objectName: "brokenPreviewText"
+                    color: Theme.text
                     text: "Could not decode JPEG"
                 }
             }

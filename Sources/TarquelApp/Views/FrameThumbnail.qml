@@ -13,7 +13,7 @@ AbstractButton {
     objectName: "frameThumbnail"
     width: 140
     height: 80 + 6 + caption.implicitHeight
-    focusPolicy: Qt.StrongFocus
+    focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.StrongFocus : Qt.ClickFocus
     Accessible.name: `Frame ${index + 1}, ${modelData}`
     Accessible.role: Accessible.Button
     Accessible.onPressAction: clicked()
@@ -43,9 +43,21 @@ AbstractButton {
             sourceSize: Qt.size(Math.round(140 * Screen.devicePixelRatio), Math.round(80 * Screen.devicePixelRatio))
             Accessible.ignored: true
         }
+        // The line within lets it stand out from a picture of any colour.
         FocusRing {
+            id: ring
             anchors.fill: parent
-            shown: thumbnail.visualFocus || thumbnail.hovered
+            shown: thumbnail.activeFocus || thumbnail.hovered
+
+            Rectangle {
+                anchors.fill: parent
+                anchors.margins: 2
+                visible: ring.shown
+                radius: Theme.radius - 2
+                color: "transparent"
+                border.width: 2
+                border.color: Theme.window
+            }
         }
     }
     Text {

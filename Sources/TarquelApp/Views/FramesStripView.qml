@@ -66,12 +66,22 @@ ColumnLayout {
         clip: true
         boundsBehavior: Flickable.StopAtBounds
         ScrollBar.horizontal: ScrollBar {}
+        // Tab stops at one frame, the arrow keys go from frame to frame.
+        Keys.onPressed: event => {
+            if (event.key === Qt.Key_Home) currentIndex = 0
+            else if (event.key === Qt.Key_End) currentIndex = count - 1
+            else return
+            event.accepted = true
+        }
         Accessible.role: Accessible.List
         Accessible.name: title.text
 
         delegate: FrameThumbnail {
             source: strip.source + index
-            onClicked: sheet.show(index)
+            onClicked: {
+                list.currentIndex = index
+                sheet.show(index)
+            }
         }
     }
 

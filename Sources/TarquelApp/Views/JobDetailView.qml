@@ -44,21 +44,15 @@ Item {
             }
         }
 
-        TextEdit {
+        ReadableText {
             objectName: "engineSubtitle"
             Layout.fillWidth: true
             Layout.topMargin: -6
             visible: text !== ""
             text: view.job.engineSubtitle
-            textFormat: TextEdit.PlainText
-            readOnly: true
-            selectByMouse: true
-            activeFocusOnTab: false
-            wrapMode: TextEdit.Wrap
             font.pixelSize: Theme.captionSize
             color: Theme.secondaryText
-            selectionColor: Theme.accent
-            Accessible.name: "Engine"
+            label: "Engine"
         }
 
         ThinProgressBar {

@@ -22,6 +22,10 @@ ApplicationWindow {
     palette: Theme.palette
     title: app.activeJobCount > 0 ? `(${app.activeJobCount}) tarquel` : "tarquel"
 
+    // A palette is taken over as it is at that moment.
+    readonly property bool dark: Theme.dark
+    onDarkChanged: Qt.callLater(() => palette = Theme.palette)
+
     // The program ends through the quit guard alone.
     onClosing: close => {
         close.accepted = false

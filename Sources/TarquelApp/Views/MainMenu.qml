@@ -13,6 +13,22 @@ MenuBar {
     signal folderRequested
     signal quitRequested
 
+    Accessible.role: Accessible.MenuBar
+    Accessible.name: "Menu"
+
+    delegate: MenuBarItem {
+        id: entry
+        Accessible.role: Accessible.ButtonMenu
+        Accessible.onPressAction: entry.triggered()
+        Accessible.name: text.replace(/&(.)/, "$1")
+    }
+
+    // What desktops have for those who do not know a mnemonic.
+    Shortcut {
+        sequence: "F10"
+        onActivated: menu.itemAt(0).triggered()
+    }
+
     background: Rectangle {
         color: Theme.window
     }

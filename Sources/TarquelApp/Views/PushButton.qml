@@ -14,13 +14,14 @@ Button {
     bottomPadding: 5
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
+    Accessible.onPressAction: button.clicked()
 
     background: Rectangle {
         implicitHeight: 28
         radius: Theme.radius
         color: {
             if (button.prominent)
-                return button.down ? Qt.darker(Theme.accent, 1.2) : button.hovered ? Qt.lighter(Theme.accent, 1.08) : Theme.accent
+                return button.down ? Qt.darker(Theme.accent, 1.2) : button.hovered ? Qt.darker(Theme.accent, 1.08) : Theme.accent
             return button.down ? Theme.quietSelection : button.hovered ? Theme.hover : Theme.base
         }
         opacity: button.enabled ? 1 : 0.5

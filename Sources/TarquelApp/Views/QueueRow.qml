@@ -31,12 +31,13 @@ ItemDelegate {
     rightPadding: 12
     topPadding: 0
     bottomPadding: 0
-    focusPolicy: Qt.NoFocus
+    focusPolicy: highlighted || activeFocus ? Qt.TabFocus : Qt.NoFocus
+    focus: highlighted
 
     Accessible.role: Accessible.ListItem
     Accessible.name: [fileName, statusLabel, badgeHelp, secondLine].filter(text => text !== "").join(", ")
     Accessible.selected: highlighted
-    Accessible.onPressAction: clicked()
+    Accessible.onPressAction: row.clicked()
 
     background: Rectangle {
         anchors.fill: parent
@@ -70,6 +71,7 @@ ItemDelegate {
                 Caption {
                     objectName: "rowName"
                     Layout.fillWidth: true
+                    Accessible.ignored: true
                     text: row.fileName
                     elide: Text.ElideMiddle
                     color: Theme.text
@@ -95,6 +97,7 @@ ItemDelegate {
                 objectName: "rowSecondLine"
                 Layout.fillWidth: true
                 visible: text !== ""
+                Accessible.ignored: true
                 text: row.secondLine
                 font.pixelSize: Theme.captionSize
                 color: row.error ? Theme.red : Theme.secondaryText

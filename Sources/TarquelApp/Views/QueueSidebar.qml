@@ -36,7 +36,7 @@ FocusScope {
         objectName: "queueList"
         anchors.fill: parent
         focus: true
-        activeFocusOnTab: true
+        activeFocusOnTab: !rowWithFocus || Window.activeFocusItem === list
         clip: true
         model: sidebar.app.jobs
         boundsBehavior: Flickable.StopAtBounds
@@ -56,7 +56,11 @@ FocusScope {
             width: ListView.view.width
         }
 
+        // The selected row has the keyboard, so that it is read out; the list itself while no such row is there.
+        property Item rowWithFocus: null
+
         delegate: QueueRow {
+            id: row
             width: ListView.view.width
             highlighted: jobID === sidebar.app.selectedJobID
             listHasFocus: list.activeFocus
@@ -65,6 +69,18 @@ FocusScope {
                 sidebar.app.selectedJobID = jobID
             }
             onMenuRequested: contextMenu.popup()
+            Keys.forwardTo: [list]
+            readonly property bool canHaveFocus: highlighted && !pooled
+            property bool pooled: false
+            ListView.onPooled: pooled = true
+            ListView.onReused: pooled = false
+            onCanHaveFocusChanged: {
+                if (canHaveFocus)
+                    list.rowWithFocus = row
+                else if (list.rowWithFocus === row)
+                    list.rowWithFocus = null
+            }
+            Component.onDestruction: if (list.rowWithFocus === row) list.rowWithFocus = null
         }
 
         // The list has no current row of its own: what is selected is a job, wherever its row goes.
@@ -100,6 +116,12 @@ FocusScope {
             }
             event.accepted = true
         }
+    }
+
+    FocusRing {
+        anchors.fill: list
+        anchors.margins: 2
+        shown: list.activeFocus && !list.rowWithFocus
     }
 
     Label {

@@ -38,19 +38,12 @@ ScrollView {
         }
         Repeater {
             model: table.rows
-            TextEdit {
+            ReadableText {
                 objectName: "sourceValue"
                 required property var modelData
                 Layout.fillWidth: true
                 text: modelData.value
-                textFormat: TextEdit.PlainText
-                readOnly: true
-                selectByMouse: true
-                activeFocusOnTab: true
-                wrapMode: TextEdit.Wrap
-                color: Theme.text
-                selectionColor: Theme.accent
-                Accessible.name: modelData.label
+                label: modelData.label
             }
         }
     }

@@ -31,7 +31,7 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             text: badge.label
             font.pixelSize: Theme.captionSize
-            color: badge.status === "failed" ? Theme.red : badge.tint
+            color: Theme.statusTextColors[badge.status] ?? Theme.text
             Accessible.ignored: true
         }
     }

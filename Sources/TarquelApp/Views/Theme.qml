@@ -11,16 +11,18 @@ QtObject {
     readonly property color window: system.window
     readonly property color base: system.base
     readonly property color text: system.windowText
-    readonly property color secondaryText: dark ? "#a3a8b1" : "#5c636e"
+    readonly property color secondaryText: dark ? "#adb2ba" : "#565d68"
     readonly property color accent: system.highlight
+    readonly property color accentText: dark ? "#8db3f7" : "#1d52ab"
     readonly property color separator: dark ? "#393b41" : "#dddad4"
     readonly property color sidebar: dark ? "#222428" : "#efede9"
     readonly property color hover: dark ? "#2c2f34" : "#e6e3dd"
     readonly property color selection: dark ? "#2d4266" : "#d3e1f9"
     readonly property color quietSelection: dark ? "#34373d" : "#dfdcd6"
     readonly property color green: dark ? "#3fa563" : "#23803f"
-    readonly property color red: dark ? "#f2777d" : "#bf2a35"
-    readonly property color redFill: dark ? "#d9515a" : "#c5303a"
+    readonly property color greenText: dark ? "#6ccf8f" : "#1b6b34"
+    readonly property color red: dark ? "#f79ba0" : "#b3242f"
+    readonly property color redFill: dark ? "#ee6a71" : "#c5303a"
     readonly property color orange: dark ? "#eda24e" : "#a85c00"
 
     // For the controls of a window, which do not ask the application.
@@ -67,8 +69,12 @@ QtObject {
 
     // Colour and drawing of each status of a job.
     readonly property var statusColors: ({
-        queued: secondaryText, extracting: accent, calling: accent, writing: accent,
+        queued: secondaryText, extracting: accentText, calling: accentText, writing: accentText,
         done: green, failed: redFill, cancelled: secondaryText
+    })
+    readonly property var statusTextColors: ({
+        queued: secondaryText, extracting: accentText, calling: accentText, writing: accentText,
+        done: greenText, failed: red, cancelled: secondaryText
     })
     readonly property var statusIcons: ({
         queued: "clock", extracting: "film", calling: "bolt", writing: "save",
