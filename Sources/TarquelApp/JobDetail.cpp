@@ -1,7 +1,6 @@
 #include "TarquelApp/JobDetail.hpp"
 
 #include <QVariantMap>
-#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -72,10 +71,11 @@ void JobDetail::show(JobList::Row job) {
   }
   const bool framesAreNew = isAnother || changed(&Job::frames);
   if (framesAreNew) framesNumber_ = shelf_.put(job_ ? job_->frames : FrameShelf::Frames());
-  if (job_ && job_->status == JobStatus::calling)
-    second_.start();
-  else
+  const bool isCounting = job_ && job_->status == JobStatus::calling;
+  if (!isCounting)
     second_.stop();
+  else if (!second_.isActive())
+    second_.start();
 
   if (isAnother || changed(&Job::sourceURL)) Q_EMIT identityChanged();
   if (stateIsNew) Q_EMIT stateChanged();
@@ -117,22 +117,11 @@ QString JobDetail::error() const {
 
 QString JobDetail::elapsed() const {
   if (!job_ || job_->status != JobStatus::calling) return {};
-  const auto seconds =
-      std::chrono::floor<std::chrono::seconds>(std::max(clock_->now() - job_->createdAt, Date::duration(0)));
-  return QStringLiteral("(%1:%2 elapsed)").arg(seconds / 1min).arg((seconds % 1min).count(), 2, 10, QLatin1Char('0'));
+  return qtText(elapsedText(clock_->now() - job_->createdAt));
 }
 
 QString JobDetail::engineSubtitle() const {
-  QStringList parts;
-  if (job_ && job_->engineSnapshot) {
-    const EngineSnapshot& engine = *job_->engineSnapshot;
-    parts = {qtText(engine.providerDisplay), qtText(engine.modelId), qtText(engine.promptProfile),
-             qtText(engine.samplingStrategy)};
-  } else if (hasResult()) {
-    const EngineMetadata& engine = job_->result->engine;
-    parts = {qtText(engine.provider), qtText(engine.model), qtText(engine.samplingStrategy)};
-  }
-  return parts.join(QStringLiteral(" · "));
+  return job_ ? qtText(engineSubtitleOf(*job_)) : QString();
 }
 
 QString JobDetail::markdown() const {

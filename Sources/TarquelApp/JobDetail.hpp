@@ -61,7 +61,7 @@ class JobDetail : public QObject {
   /// "(1:05 elapsed)" since the job was made, for a job that waits for the model; else empty.
   QString elapsed() const;
 
-  /// "Anthropic · claude-… · default · uniform".
+  /// As `engineSubtitleOf`.
   QString engineSubtitle() const;
 
   bool hasResult() const { return job_ && job_->result; }
@@ -100,7 +100,7 @@ class JobDetail : public QObject {
   std::uint64_t framesNumber_ = 0;
   mutable std::optional<QString> markdown_;
   mutable std::optional<QString> json_;
-  QTimer second_;
+  QTimer second_{this};
   bool willFollow_ = false;
 };
 

@@ -1,9 +1,16 @@
 #include "TarquelApp/JobWords.hpp"
 
+#include <algorithm>
+#include <chrono>
+
+#include "TQDescription/JoinedText.hpp"
+#include "TQPlatform/NumberText.hpp"
+
 namespace tq {
 
 namespace {
 
+using namespace std::chrono_literals;
 using enum QueueSection;
 
 /// In the order of `JobStatus`.
@@ -66,6 +73,21 @@ std::string helpTextOf(const JobBadge& badge) {
 std::string oneLineOf(const Job& job) {
   if (job.status != JobStatus::done || !job.result) return "";
   return job.result->global.overallSummaryOneLine.value_or("");
+}
+
+std::string engineSubtitleOf(const Job& job) {
+  constexpr std::string_view separator = " · ";
+  if (const auto& engine = job.engineSnapshot)
+    return joined({engine->providerDisplay, engine->modelId, engine->promptProfile, engine->samplingStrategy},
+                  separator);
+  if (!job.result) return "";
+  const EngineMetadata& engine = job.result->engine;
+  return joined({engine.provider, engine.model, engine.samplingStrategy}, separator);
+}
+
+std::string elapsedText(Date::duration time) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(std::max(time, Date::duration(0)));
+  return "(" + std::to_string(seconds / 1min) + ":" + paddedText((seconds % 1min).count(), 2) + " elapsed)";
 }
 
 }  // namespace tq

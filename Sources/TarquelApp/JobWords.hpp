@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "TQCore/Models/Job.hpp"
+#include "TQPlatform/Clock.hpp"
 
 namespace tq {
 
@@ -35,5 +36,12 @@ std::string helpTextOf(const JobBadge& badge);
 
 /// What a finished clip shows, in one line; empty: nothing to say.
 std::string oneLineOf(const Job& job);
+
+/// What the job is run with, or what its result was made with: "Anthropic · claude-… · standard · adaptive"; empty:
+/// neither is known.
+std::string engineSubtitleOf(const Job& job);
+
+/// "(1:05 elapsed)": whole minutes and seconds, none for a time before its beginning.
+std::string elapsedText(Date::duration time);
 
 }  // namespace tq

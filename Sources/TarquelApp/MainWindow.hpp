@@ -24,6 +24,9 @@ class MainWindow {
 
   QQuickWindow& window() const { return *window_; }
 
+  /// What the pane of the selected job shows.
+  JobDetail& detail() { return detail_; }
+
  private:
   AppDelegate& delegate_;
   FrameShelf shelf_;

@@ -60,7 +60,7 @@ ScriptedClips::ScriptedClips(PipelineHarness& engine) {
 void ScriptedClips::hold(const std::string& clip, JobStatus status) {
   change(clip, [&](Script& script) {
     script.heldIn = status;
-    script.gate = std::make_shared<Gate>();
+    if (const auto before = std::exchange(script.gate, std::make_shared<Gate>())) before->open();
   });
 }
 

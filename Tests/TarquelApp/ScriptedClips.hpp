@@ -24,8 +24,8 @@ class ScriptedClips {
   /// Writes the stages of `engine`, which outlives this object.
   explicit ScriptedClips(PipelineHarness& engine);
 
-  /// The clip stays `extracting`, `calling` or `writing` until it is let go. Only one that is `writing` cannot be
-  /// cancelled there.
+  /// The clip stays `extracting`, `calling` or `writing` until it is let go; one that is held already goes on until
+  /// there. One that is `writing` holds the whole engine.
   void hold(const std::string& clip, JobStatus status);
   void letGo(const std::string& clip);
   void letAllGo();

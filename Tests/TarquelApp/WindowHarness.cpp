@@ -12,6 +12,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "Support/ClipMaker.hpp"
 #include "TarquelApp/Text.hpp"
 #include "TarquelApp/Turning.hpp"
 
@@ -116,6 +117,45 @@ QQuickItem& WindowHarness::labelled(const std::string& label, const QQuickItem& 
   return *found.back();
 }
 
+void WindowHarness::openMenu(const std::string& title) {
+  click(labelled(title));
+  turnUntil([this] { return !menuEntries().empty(); });
+}
+
+void WindowHarness::openJobMenu(const std::string& clip) {
+  click(row(clip), Qt::RightButton);
+  turnUntil([this] { return !menuEntries().empty(); });
+}
+
+std::vector<std::string> WindowHarness::menuEntries() {
+  std::vector<QQuickItem*> found;
+  collect(
+      *window().contentItem(), [](const QQuickItem& item) { return item.inherits("QQuickMenuItem"); }, found);
+  std::vector<std::string> labels;
+  for (const QQuickItem* entry : found) {
+    const std::string label = textOf(plainLabel(*entry));
+    labels.push_back(entry->isEnabled() ? label : "(" + label + ")");
+  }
+  return labels;
+}
+
+void WindowHarness::choose(const std::string& entry) {
+  click(labelled(entry));
+  turnUntil([this] { return menuEntries().empty(); });
+}
+
+QQuickItem& WindowHarness::row(const std::string& clip) {
+  for (QQuickItem* shown : items("queueRow"))
+    if (propertyOf(*shown, "fileName") == clip) return *shown;
+  throw std::runtime_error("the sidebar shows no " + clip);
+}
+
+QQuickItem& WindowHarness::inside(const QQuickItem& whole, const char* objectName) {
+  for (QQuickItem* found : items(objectName))
+    if (whole.isAncestorOf(found)) return *found;
+  throw std::runtime_error(std::string("there is no ") + objectName + " in there");
+}
+
 QQuickWindow* WindowHarness::otherWindow(const char* objectName) {
   for (QWindow* other : QGuiApplication::topLevelWindows())
     if (other->isVisible() && other->objectName() == QLatin1String(objectName))
@@ -161,6 +201,10 @@ QUrl WindowHarness::clip(const std::string& name) const {
   return qtFileURL(engine.folder.write(name, "clip"));
 }
 
+QUrl WindowHarness::realClip(const std::string& name) const {
+  return qtFileURL(engine.folder.write(name, contentOf(makeVideo(movingPicture(1), h264(), "mp4"))));
+}
+
 void WindowHarness::drop(const std::string& name) {
   const std::size_t before = state_->jobList().size();
   letGo({clip(name)});
@@ -172,10 +216,15 @@ void WindowHarness::drop(const std::string& name, JobStatus status) {
   turnUntilStatus(name, status);
 }
 
-const Job& WindowHarness::job(const std::string& name) const {
+const Job* WindowHarness::find(const std::string& name) const {
   const auto& rows = state_->jobList().rows();
-  for (auto row = rows.rbegin(); row != rows.rend(); ++row)
-    if ((*row)->sourceURL.filename() == name) return **row;
+  const auto last = std::find_if(rows.rbegin(), rows.rend(),
+                                 [&](const JobList::Row& job) { return job->sourceURL.filename() == name; });
+  return last == rows.rend() ? nullptr : last->get();
+}
+
+const Job& WindowHarness::job(const std::string& name) const {
+  if (const Job* found = find(name)) return *found;
   throw std::runtime_error("no job on " + name);
 }
 
@@ -184,7 +233,10 @@ void WindowHarness::turnUntilStatus(std::size_t row, JobStatus status) {
 }
 
 void WindowHarness::turnUntilStatus(const std::string& name, JobStatus status) {
-  turnUntil([&] { return job(name).status == status; });
+  turnUntil([&] {
+    const Job* found = find(name);
+    return found && found->status == status;
+  });
 }
 
 void WindowHarness::turnUntilCount(std::size_t count) {

@@ -58,6 +58,24 @@ class WindowHarness {
   /// Another window of the program by its object name; null while it is not shown.
   QQuickWindow* otherWindow(const char* objectName);
 
+  /// Opens a menu of the menu bar.
+  void openMenu(const std::string& title);
+
+  /// Opens the context menu of the row that shows that clip.
+  void openJobMenu(const std::string& clip);
+
+  /// The labels in the menu that is open, from top to bottom; those that cannot be chosen stand in brackets.
+  std::vector<std::string> menuEntries();
+
+  /// Chooses from the menu that is open.
+  void choose(const std::string& entry);
+
+  /// The row of the sidebar that shows a clip of that name; throws when there is none.
+  QQuickItem& row(const std::string& clip);
+
+  /// Visible items below another one.
+  QQuickItem& inside(const QQuickItem& whole, const char* objectName);
+
   void click(QQuickItem& item, Qt::MouseButton button = Qt::LeftButton);
   void click(const char* objectName) { click(item(objectName)); }
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
@@ -71,7 +89,10 @@ class WindowHarness {
   /// A small file with that name, in a folder of the test.
   QUrl clip(const std::string& name) const;
 
-  /// Drops a clip of that name, and waits until the queue shows it.
+  /// The same as a real one: a second of a moving picture.
+  QUrl realClip(const std::string& name) const;
+
+  /// Drops a small clip of that name, and waits until the queue shows it.
   void drop(const std::string& name);
 
   /// Drops it, and waits until its job has that status.
@@ -100,6 +121,8 @@ class WindowHarness {
   int terminations = 0;  ///< how often the program was told to end
 
  private:
+  const Job* find(const std::string& name) const;
+
   DesktopActions desktop_;
   std::unique_ptr<AppState> state_;
   std::unique_ptr<MainWindow> main_;

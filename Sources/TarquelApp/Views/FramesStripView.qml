@@ -38,6 +38,7 @@ ColumnLayout {
                 }
             }
             Icon {
+                objectName: "framesIcon"
                 name: "stack"
                 size: 16
                 color: Theme.secondaryText

@@ -63,6 +63,7 @@ ApplicationWindow {
 
     FileDialog {
         id: fileDialog
+        objectName: "fileDialog"
         title: "Open Video…"
         fileMode: FileDialog.OpenFiles
         currentFolder: window.desktop.videosFolder
@@ -72,6 +73,7 @@ ApplicationWindow {
 
     FolderDialog {
         id: folderDialog
+        objectName: "folderDialog"
         title: "Open Folder…"
         currentFolder: window.desktop.videosFolder
         onAccepted: window.app.enqueue([selectedFolder])

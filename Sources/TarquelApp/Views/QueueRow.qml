@@ -122,6 +122,7 @@ ItemDelegate {
     }
     Item {
         id: carried
+        objectName: "rowFile"
         Drag.active: mouse.drag.active
         Drag.dragType: Drag.Automatic
         Drag.supportedActions: Qt.CopyAction

@@ -9,6 +9,7 @@ FocusScope {
     required property AppState app
     required property DesktopActions desktop
     property url quickLookURL
+    property string quickLookName
     readonly property alias current: currentJob
 
     // What can be done with the selected job.
@@ -16,7 +17,10 @@ FocusScope {
         id: currentJob
         app: sidebar.app
         desktop: sidebar.desktop
-        onQuickLookRequested: file => sidebar.quickLookURL = file
+        onQuickLookRequested: (file, fileName) => {
+            sidebar.quickLookName = fileName
+            sidebar.quickLookURL = file
+        }
     }
 
     function quickLookSelectedJob() {
@@ -81,6 +85,7 @@ FocusScope {
                     list.rowWithFocus = null
             }
             Component.onDestruction: if (list.rowWithFocus === row) list.rowWithFocus = null
+            visible: !pooled  // a row that waits to be used again is nobody\'s row
         }
 
         // The list has no current row of its own: what is selected is a job, wherever its row goes.
@@ -141,6 +146,7 @@ FocusScope {
         active: String(sidebar.quickLookURL) !== ""
         sourceComponent: QuickLookWindow {
             file: sidebar.quickLookURL
+            fileName: sidebar.quickLookName
             transientParent: sidebar.Window.window
             onDismissed: sidebar.quickLookURL = ""
         }

@@ -7,7 +7,7 @@ Window {
     id: preview
 
     required property url file
-    readonly property string fileName: decodeURIComponent(String(file).split("/").pop())
+    required property string fileName
     signal dismissed
 
     objectName: "quickLook"
@@ -78,7 +78,7 @@ Window {
             anchors.fill: parent
             active: GraphicsInfo.api !== GraphicsInfo.Software && GraphicsInfo.api !== GraphicsInfo.Unknown
             source: "QuickLookPlayer.qml"
-            onLoaded: item.file = preview.file
+            onLoaded: item.file = Qt.binding(() => preview.file)
         }
     }
 }

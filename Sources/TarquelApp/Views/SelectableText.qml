@@ -50,6 +50,7 @@ ScrollView {
     TextArea {
         id: area
 
+        implicitWidth: 0  // a wrapped text has no width of its own; asked for one, it would go round in circles
         readOnly: true
         selectByMouse: true
         textFormat: TextEdit.PlainText

@@ -11,7 +11,7 @@ QtObject {
     property bool exists: false
     property bool canRetry: false
     property bool canCancel: false
-    signal quickLookRequested(url file)
+    signal quickLookRequested(url file, string fileName)
 
     function row(): int { return app.jobs.rowOf(jobID) }
     function read(role: string): var { return app.jobs.value(row(), role) }
@@ -22,7 +22,7 @@ QtObject {
     }
     function retry() { if (canRetry) app.retry(jobID) }
     function cancel() { if (canCancel) app.cancel(jobID) }
-    function quickLook() { if (exists) quickLookRequested(read("sourceURL")) }
+    function quickLook() { if (exists) quickLookRequested(read("sourceURL"), read("fileName")) }
     function showInFileManager() { if (exists) desktop.showInFileManager(read("sourceURL")) }
 
     onJobIDChanged: refresh()

@@ -22,6 +22,7 @@ Rectangle {
         spacing: 6
 
         Icon {
+            objectName: "detailStatusIcon"
             anchors.verticalCenter: parent.verticalCenter
             name: Theme.statusIcons[badge.status] ?? ""
             color: badge.tint
