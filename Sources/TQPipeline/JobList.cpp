@@ -1,5 +1,6 @@
 #include "TQPipeline/JobList.hpp"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -35,21 +36,14 @@ void JobList::replace(std::size_t row, Job job) {
 
 /// From the back, so that what has been removed never counts for the rows still to be looked at.
 void JobList::removeAll(JobStatus status) {
-  const auto has = [&](std::size_t row) { return rows_[row]->status == status; };
-  for (std::size_t end = rows_.size(); end > 0; --end) {
-    if (!has(end - 1)) continue;
-    std::size_t first = end - 1;
-    while (first > 0 && has(first - 1))
-      --first;
-    observer_.rowsWillBeRemoved(first, end - 1);
-    for (std::size_t row = first; row < end; ++row)
-      discount(*rows_[row]);
-    rows_.erase(std::next(rows_.begin(), static_cast<std::ptrdiff_t>(first)),
-                std::next(rows_.begin(), static_cast<std::ptrdiff_t>(end)));
-    indexIsStale_ = true;
-    observer_.rowsWereRemoved();
-    end = first + 1;
-  }
+  const auto goes = [status](const Row& job) { return job->status == status; };
+  if (std::ranges::none_of(rows_, goes)) return;
+  observer_.rowsWillBeRemoved(status);
+  for (const Row& job : rows_)
+    if (goes(job)) discount(*job);
+  std::erase_if(rows_, goes);
+  indexIsStale_ = true;
+  observer_.rowsWereRemoved();
 }
 
 void JobList::count(const Job& job) {

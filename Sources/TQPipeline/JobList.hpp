@@ -27,8 +27,8 @@ class JobList {
     virtual ~Observer() = default;
     virtual void rowsWillBeAppended(std::size_t /*count*/) {}
     virtual void rowsWereAppended() {}
-    /// A stretch of rows of one status.
-    virtual void rowsWillBeRemoved(std::size_t /*first*/, std::size_t /*last*/) {}
+    /// All rows of that status, of which there is one at least. The other rows keep their order.
+    virtual void rowsWillBeRemoved(JobStatus /*status*/) {}
     virtual void rowsWereRemoved() {}
     virtual void rowWasReplaced(std::size_t /*row*/, const Job& /*before*/, const Job& /*after*/) {}
   };

@@ -4,6 +4,7 @@
 #include <QUrl>
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <string_view>
 
 #include "TarquelApp/Text.hpp"
@@ -63,7 +64,10 @@ bool JobListModel::hasDone() const {
 int JobListModel::rowOf(const QString& ofJob) const {
   const auto id = UUID::parse(textOf(ofJob));
   const auto entry = id && list_ ? list_->rowOf(*id) : std::nullopt;
-  return entry ? static_cast<int>(placeOf(*entry, wordsOf((*list_)[*entry].status).section)) : -1;
+  if (!entry) return -1;
+  const std::size_t place = placeOf(*entry, wordsOf((*list_)[*entry].status).section);
+  // While rows go, the list may still have a job that is here no more.
+  return place < order_.size() && order_[place] == *entry ? static_cast<int>(place) : -1;
 }
 
 QVariant JobListModel::value(int row, const QString& role) const {
@@ -98,21 +102,36 @@ void JobListModel::rowsWereAppended() {
   if (hasDone() != hadDone) Q_EMIT hasDoneChanged();
 }
 
-void JobListModel::rowsWillBeRemoved(std::size_t first, std::size_t last) {
-  const QueueSection group = wordsOf((*list_)[first].status).section;
-  removal_ = {.group = group, .row = placeOf(first, group), .firstEntry = first, .count = last - first + 1};
-  beginRemoveRows({}, static_cast<int>(removal_.row), static_cast<int>(removal_.row + removal_.count) - 1);
+/// All is told while the list still has its old rows, since the entries that stay keep their numbers until then. Rows
+/// that stand together go together: those that are done are a section of their own, and one removal.
+void JobListModel::rowsWillBeRemoved(JobStatus gone) {
+  const QueueSection group = wordsOf(gone).section;
+  const bool hadDone = hasDone();
+  const auto goes = [&](std::size_t row) { return (*list_)[order_[row]].status == gone; };
+  const std::size_t begin = beginOf(group);
+  for (std::size_t end = ends_[static_cast<std::size_t>(group)]; end > begin; --end) {
+    if (!goes(end - 1)) continue;
+    std::size_t first = end - 1;
+    while (first > begin && goes(first - 1))
+      --first;
+    beginRemoveRows({}, static_cast<int>(first), static_cast<int>(end) - 1);
+    order_.erase(order_.begin() + static_cast<std::ptrdiff_t>(first),
+                 order_.begin() + static_cast<std::ptrdiff_t>(end));
+    grow(group, -static_cast<std::ptrdiff_t>(end - first));
+    endRemoveRows();
+    end = first + 1;
+  }
+  if (hasDone() != hadDone) Q_EMIT hasDoneChanged();
 }
 
+/// The entries that stayed have moved up; their order among each other is what it was.
 void JobListModel::rowsWereRemoved() {
-  const auto start = order_.begin() + static_cast<std::ptrdiff_t>(removal_.row);
-  order_.erase(start, start + static_cast<std::ptrdiff_t>(removal_.count));
-  for (std::size_t& entry : order_)
-    if (entry > removal_.firstEntry) entry -= removal_.count;
-  grow(removal_.group, -static_cast<std::ptrdiff_t>(removal_.count));
-  endRemoveRows();
+  std::vector<std::size_t> places(order_.size());
+  std::iota(places.begin(), places.end(), std::size_t{0});
+  std::ranges::sort(places, {}, [this](std::size_t place) { return order_[place]; });
+  for (std::size_t entry = 0; entry < places.size(); ++entry)
+    order_[places[entry]] = entry;
   Q_EMIT countChanged();
-  if (removal_.group == QueueSection::done && !hasDone()) Q_EMIT hasDoneChanged();
 }
 
 void JobListModel::rowWasReplaced(std::size_t row, const Job& before, const Job& after) {

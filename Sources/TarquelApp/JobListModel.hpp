@@ -61,7 +61,7 @@ class JobListModel : public QAbstractListModel, public JobList::Observer {
   QHash<int, QByteArray> roleNames() const override;
 
   void rowsWereAppended() override;
-  void rowsWillBeRemoved(std::size_t first, std::size_t last) override;
+  void rowsWillBeRemoved(JobStatus gone) override;
   void rowsWereRemoved() override;
   void rowWasReplaced(std::size_t row, const Job& before, const Job& after) override;
 
@@ -74,13 +74,6 @@ class JobListModel : public QAbstractListModel, public JobList::Observer {
  private:
   static constexpr std::size_t sectionCount = rawValues<QueueSection>.size();
 
-  struct Removal {
-    QueueSection group;
-    std::size_t row;         ///< of the model
-    std::size_t firstEntry;  ///< of the list
-    std::size_t count;
-  };
-
   const Job& jobAt(int row) const { return (*list_)[order_[static_cast<std::size_t>(row)]]; }
   std::size_t beginOf(QueueSection group) const;
   std::size_t placeOf(std::size_t entry, QueueSection group) const;
@@ -91,7 +84,6 @@ class JobListModel : public QAbstractListModel, public JobList::Observer {
   const JobList* list_ = nullptr;
   std::vector<std::size_t> order_;                ///< entries of the list in the order of this model
   std::array<std::size_t, sectionCount> ends_{};  ///< behind the last row of each section
-  Removal removal_{};                             ///< under way
 };
 
 }  // namespace tq

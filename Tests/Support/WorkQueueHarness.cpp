@@ -28,13 +28,11 @@ void QueueView::rowsWereAppended() {
     shown.push_back((*list)[row]);
 }
 
-void QueueView::rowsWillBeRemoved(std::size_t first, std::size_t last) {
-  require(first <= last && last < shown.size() && list->size() == shown.size(), "such rows are not there");
-  announced_ = last - first + 1;
-  shown.erase(shown.begin() + static_cast<std::ptrdiff_t>(first),
-              shown.begin() + static_cast<std::ptrdiff_t>(last) + 1);
+void QueueView::rowsWillBeRemoved(JobStatus status) {
+  require(list->size() == shown.size(), "rows went before they were announced");
+  announced_ = std::erase_if(shown, [status](const Job& job) { return job.status == status; });
+  require(announced_ > 0, "there are no such rows");
 }
-
 void QueueView::rowsWereRemoved() {
   require(list->size() == shown.size(), "not as many rows left as announced");
 }

@@ -18,7 +18,7 @@ class QueueView : public JobList::Observer, public WorkQueue::Observer {
  public:
   void rowsWillBeAppended(std::size_t count) override;
   void rowsWereAppended() override;
-  void rowsWillBeRemoved(std::size_t first, std::size_t last) override;
+  void rowsWillBeRemoved(JobStatus status) override;
   void rowsWereRemoved() override;
   void rowWasReplaced(std::size_t row, const Job& before, const Job& after) override;
   void selectionChanged() override { ++selectionChanges; }
