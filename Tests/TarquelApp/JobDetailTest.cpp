@@ -83,7 +83,7 @@ TEST_F(JobDetailTest, AJobThatLeavesTheQueueIsShownNoMore) {
   const std::uint64_t frames = number();
   ASSERT_TRUE(shelf.find(frames));
   state->removeCompleted();
-  EXPECT_FALSE(detail->exists());
+  turnUntil([&] { return !detail->exists(); });
   EXPECT_EQ(identity.size(), 1);
   EXPECT_FALSE(shelf.find(frames)) << "nobody looks at them any more";
 }

@@ -164,6 +164,7 @@ QQuickWindow* WindowHarness::otherWindow(const char* objectName) {
 }
 
 void WindowHarness::click(QQuickItem& item, Qt::MouseButton button) {
+  item.window()->grabWindow();  // so that everything stands where its user sees it
   QTest::mouseClick(item.window(), button, Qt::NoModifier, middleOf(item));
 }
 

@@ -85,7 +85,7 @@ FocusScope {
                     list.rowWithFocus = null
             }
             Component.onDestruction: if (list.rowWithFocus === row) list.rowWithFocus = null
-            visible: !pooled  // a row that waits to be used again is nobody\'s row
+            visible: !pooled  // a row that waits to be used again is nobody's row
         }
 
         // The list has no current row of its own: what is selected is a job, wherever its row goes.
@@ -97,6 +97,8 @@ FocusScope {
             positionViewAtIndex(there, ListView.Contain)
         }
         function openMenu() {
+            forceLayout()
+            positionViewAtIndex(currentJob.row(), ListView.Contain)
             const row = itemAtIndex(currentJob.row())
             if (row)
                 contextMenu.popup(row, 40, 40)
