@@ -22,6 +22,10 @@ struct RoleEntry {
 constexpr auto roleTable = std::to_array<RoleEntry>({
     {JobListModel::jobID, "jobID", [](const Job& job) -> QVariant { return qtText(job.id.text()); }},
     {JobListModel::sourceURL, "sourceURL", [](const Job& job) -> QVariant { return qtFileURL(job.sourceURL); }},
+    {JobListModel::uriList, "uriList",
+     [](const Job& job) -> QVariant {
+       return QString::fromLatin1(qtFileURL(job.sourceURL).toEncoded() + QByteArrayLiteral("\r\n"));
+     }},
     {JobListModel::fileName, "fileName",
      [](const Job& job) -> QVariant { return qtText(job.sourceURL.filename().native()); }},
     {JobListModel::status, "status", [](const Job& job) -> QVariant { return qtText(rawValue(job.status)); }},

@@ -24,6 +24,7 @@ class JobListModel : public QAbstractListModel, public JobList::Observer {
   enum Role {
     jobID = Qt::UserRole,  ///< text of the job's UUID
     sourceURL,             ///< file URL of the clip
+    uriList,               ///< the same as other programs take it, percent-encoded (text/uri-list, RFC 2483)
     fileName,
     status,       ///< raw value of `JobStatus`
     statusLabel,  ///< the status in words

@@ -270,6 +270,11 @@ TEST_F(JobListModelTest, ANameThatIsNotUTF8IsShownAndItsFileFoundAgain) {
   EXPECT_EQ(pathOf(model.data(model.index(0), JobListModel::sourceURL).toUrl()), clip);
 }
 
+TEST_F(JobListModelTest, GivesOtherProgramsAFileByItsEncodedAddress) {
+  append({test::jobOf(queued, "/clips/a b#1 ä%\xff.mov")});
+  EXPECT_EQ(text(JobListModel::uriList), "file:///clips/a%20b%231%20%C3%A4%25%FF.mov\r\n");
+}
+
 TEST_F(JobListModelTest, RolesHaveTheNamesThatViewsUse) {
   EXPECT_EQ(model.roleNames().value(JobListModel::jobID), "jobID");
   EXPECT_EQ(model.roleNames().value(JobListModel::canCancel), "canCancel");

@@ -8,7 +8,7 @@ ItemDelegate {
     id: row
 
     required property string jobID
-    required property url sourceURL
+    required property string uriList
     required property string fileName
     required property string status
     required property string statusLabel
@@ -126,7 +126,7 @@ ItemDelegate {
         Drag.active: mouse.drag.active
         Drag.dragType: Drag.Automatic
         Drag.supportedActions: Qt.CopyAction
-        Drag.mimeData: ({ "text/uri-list": String(row.sourceURL) })
+        Drag.mimeData: ({ "text/uri-list": row.uriList })
         Drag.imageSource: "image://icons/film/" + String(Theme.accent).slice(-6)
     }
 }
