@@ -126,25 +126,6 @@ TEST_F(WindowStart, ARestartShowsTheFailureAndRunsWhatWasInterrupted) {
   EXPECT_EQ(job("failed.mov").status, failed) << "it waits for its user";
 }
 
-TEST_F(WindowStart, WhatACrashInterruptedRunsAgain) {
-  launch();
-  clips.fail("failed.mov", "no");
-  drop("failed.mov", failed);
-  drop("done.mov", done);
-  clips.hold("writing.mov", writing);
-  drop("writing.mov", writing);
-  const QueueStore store{paths.queueURL()};
-  turnUntil([&] { return store.load().size() == 2; });
-  const std::string queue = test::contentOf(paths.queueURL());
-  quit();
-  clips.letGo("writing.mov");
-  engine.folder.write("home/tarquel/queue.json", queue);  // as it was when the machine went down
-  launch();
-  turnUntilCount(2);
-  turnUntilStatus("writing.mov", done);
-  EXPECT_EQ(job("failed.mov").status, failed);
-}
-
 TEST_F(WindowStart, ARestartDuringWritingMakesASecondSidecarWhereNamesAreCounted) {
   engine.settings.output.conflictPolicy = ConflictPolicy::suffix;
   save(engine.settings);
