@@ -46,7 +46,7 @@ void JobDetail::follow() {
   show(row ? app_.jobList().rows()[*row] : nullptr);
 }
 
-/// Thousands of rows may go one after the other, and each look at the list would count its rows anew.
+/// Rows are told of as gone while the list still has their jobs; a look is right once it has let them go.
 void JobDetail::followSoon() {
   if (std::exchange(willFollow_, true)) return;
   QMetaObject::invokeMethod(
