@@ -60,6 +60,8 @@ void JobOrchestrator::report(double progress, const UUID& jobID) {
   if (cancelled_.contains(jobID)) return;
   const auto known = current_.find(jobID);
   if (known == current_.end()) return;
+  // A run that has unwound has taken its id out of the set; what it told last may still be on its way.
+  if (known->second.status == JobStatus::cancelled) return;
   Job job = known->second;
   job.progress = progress;
   publish(job);

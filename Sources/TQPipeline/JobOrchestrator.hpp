@@ -58,7 +58,7 @@ class JobOrchestrator {
   void cancel(const UUID& jobID);
 
   /// Notes how far a job is, from 0 to 1, as given: neither compared with what was reported before nor with the status.
-  /// Dropped when the job's cancellation was requested.
+  /// Dropped when the job's cancellation was requested, also after its run has ended.
   void report(double progress, const UUID& jobID);
 
  private:

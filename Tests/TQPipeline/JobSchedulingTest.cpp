@@ -405,6 +405,19 @@ TEST_F(JobScheduling, AReportAfterTheCancelIsDropped) {
   EXPECT_EQ(harness.log.of(job.id).back().progress, 0.1);
 }
 
+TEST_F(JobScheduling, AReportAfterTheCancelledRunHasEndedIsDropped) {
+  harness.settings.maxConcurrentJobs = 1;
+  auto& orchestrator = harness.start();
+  const auto jobs = makeJobs(2);
+  orchestrator.add(jobs);
+  gate.waitForArrivals(1);
+  orchestrator.cancel(jobs[0].id);
+  gate.waitForArrivals(2);  // the only slot has been freed by the end of the cancelled run
+  orchestrator.report(0.3, jobs[0].id);
+  EXPECT_EQ(harness.log.of(jobs[0].id).back().status, cancelled);
+  EXPECT_EQ(harness.log.of(jobs[0].id).back().progress, 0);
+}
+
 TEST_F(JobScheduling, AReportMayFallAndLeavesTheStatusAlone) {
   auto& orchestrator = harness.start();
   const Job job = harness.makeJob("1.mov");
