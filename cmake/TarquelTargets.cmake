@@ -18,6 +18,12 @@ function(tq_layer name)
   add_dependencies(${name} tq_layering)
 endfunction()
 
+# How long a test program may take before it counts as hanging. Under a sanitizer everything takes several times as long.
+set(TQ_TEST_SECONDS 300)
+if(TQ_SANITIZERS)
+  set(TQ_TEST_SECONDS 900)
+endif()
+
 # tq_test(<name> [libraries...]): the test program of the folder it is called in. CTest runs it as a whole, because starting
 # a program for each of many hundred cases takes longer than the cases; --gtest_filter picks single ones.
 function(tq_test name)
@@ -26,7 +32,7 @@ function(tq_test name)
   target_link_libraries(${name} PRIVATE tq_test_support ${ARGN})
   target_precompile_headers(${name} REUSE_FROM tq_test_precompiled)
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${TQ_TEST_SECONDS})
 endfunction()
 
 add_custom_target(tq_layering ALL
