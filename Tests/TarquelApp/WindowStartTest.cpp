@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "TQPlatform/JSON.hpp"
 #include "TarquelApp/Text.hpp"
 #include "TarquelApp/Turning.hpp"
 #include "TarquelApp/WindowHarness.hpp"
@@ -26,6 +27,15 @@ class WindowStart : public testing::Test, protected test::WindowHarness {
       shown.emplace_back(found->property("fileName").toString().toStdString(),
                          found->property("statusLabel").toString().toStdString());
     return shown;
+  }
+
+  /// The queue's file as it is: names of clips and raw statuses.
+  std::vector<std::pair<std::string, std::string>> rowsOnDisk() const {
+    std::vector<std::pair<std::string, std::string>> kept;
+    const JSONValue queue = parseJSON(test::contentOf(paths.queueURL()));
+    for (const JSONValue& entry : *queue.asArray())
+      kept.emplace_back(fs::path(*entry.find("sourcePath")->asString()).filename(), *entry.find("status")->asString());
+    return kept;
   }
 
   std::string title() { return window().title().toStdString(); }
@@ -124,6 +134,25 @@ TEST_F(WindowStart, ARestartShowsTheFailureAndRunsWhatWasInterrupted) {
   EXPECT_FALSE(shows("framesStrip"));
   EXPECT_FALSE(shows("rawResponseTitle"));
   EXPECT_EQ(job("failed.mov").status, failed) << "it waits for its user";
+}
+
+TEST_F(WindowStart, WhatACrashInterruptedRunsAgain) {
+  launch();
+  clips.fail("failed.mov", "no");
+  drop("failed.mov", failed);
+  drop("done.mov", done);
+  clips.hold("writing.mov", writing);
+  drop("writing.mov", writing);
+  expectSoon([&] { return rowsOnDisk(); },
+             ElementsAre(testing::Pair("failed.mov", "failed"), testing::Pair("writing.mov", "writing")));
+  const std::string queue = test::contentOf(paths.queueURL());
+  quit();
+  // As it was when the machine went down.
+  engine.folder.write(fs::relative(paths.queueURL(), engine.folder.path()).native(), queue);
+  launch();
+  turnUntilCount(2);
+  turnUntilStatus("writing.mov", done);
+  EXPECT_EQ(job("failed.mov").status, failed);
 }
 
 TEST_F(WindowStart, ARestartDuringWritingMakesASecondSidecarWhereNamesAreCounted) {
