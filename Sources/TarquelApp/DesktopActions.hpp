@@ -13,12 +13,14 @@
 
 namespace tq {
 
-/// What the views ask of the desktop around them. Whoever makes the window says how it is done.
+/// What the views ask of the desktop around them, and what it asks of them. Whoever makes the window says how it is
+/// done.
 class DesktopActions : public QObject {
   Q_OBJECT
   QML_ELEMENT
   QML_UNCREATABLE("The program has one.")
   Q_PROPERTY(QUrl videosFolder READ videosFolder CONSTANT)
+  Q_PROPERTY(bool reducedMotion READ reducedMotion WRITE setReducedMotion NOTIFY reducedMotionChanged)
 
  public:
   using Show = std::function<void(const std::filesystem::path& file)>;
@@ -33,13 +35,23 @@ class DesktopActions : public QObject {
     return QUrl::fromLocalFile(QDir(videos).exists() ? videos : QDir::homePath());
   }
 
+  /// The user wants nothing to glide or fade.
+  bool reducedMotion() const { return reducedMotion_; }
+  void setReducedMotion(bool reduced) {
+    if (std::exchange(reducedMotion_, reduced) != reduced) Q_EMIT reducedMotionChanged();
+  }
+
   /// Shows a file in its folder. What is no local file is ignored.
   Q_INVOKABLE void showInFileManager(const QUrl& file) const {
     if (const auto path = pathOf(file); !path.empty()) showInFileManager_(path);
   }
 
+ Q_SIGNALS:
+  void reducedMotionChanged();
+
  private:
   Show showInFileManager_;
+  bool reducedMotion_ = false;
 };
 
 }  // namespace tq

@@ -141,7 +141,10 @@ void JobListModel::rowsWereRemoved() {
 void JobListModel::rowWasReplaced(std::size_t row, const Job& before, const Job& after) {
   const QueueSection from = wordsOf(before.status).section;
   const QueueSection to = wordsOf(after.status).section;
-  if (from != to) move(row, from, to);
+  if (from != to) {
+    Q_EMIT sectionWillChange(qtText(after.id.text()));
+    move(row, from, to);
+  }
   QList<int> changed;
   for (const RoleEntry& entry : roleTable)
     if (entry.read(before) != entry.read(after)) changed.append(entry.role);

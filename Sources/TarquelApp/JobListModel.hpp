@@ -69,6 +69,8 @@ class JobListModel : public QAbstractListModel, public JobList::Observer {
  Q_SIGNALS:
   void countChanged();
   void hasDoneChanged();
+  /// A job goes to another section now, which does not always move its row. Before any row or role has changed.
+  void sectionWillChange(const QString& jobID);
   /// Anything of this job is another one now, also what no row shows.
   void jobReplaced(const tq::UUID& id);
 

@@ -47,6 +47,7 @@ QString plainLabel(const QQuickItem& item) {
 
 WindowHarness::WindowHarness()
     : desktop_([this](const std::filesystem::path& file) { shownInFileManager.push_back(file); }) {
+  desktop_.setReducedMotion(true);
   save(engine.settings);
   engine.stages.clock = std::make_shared<SystemClock>();
   QObject::connect(&delegate, &AppDelegate::terminated, &delegate, [this] { ++terminations; });

@@ -24,7 +24,8 @@ namespace tq::test {
 /// the mouse, the keyboard and drops, and reads what a user can see.
 class WindowHarness {
  public:
-  /// Nothing is launched yet: a test may change `engine` and what lies in `paths` before.
+  /// Nothing is launched yet: a test may change `engine` and what lies in `paths` before. The desktop wishes that
+  /// nothing glides, so that whatever is seen is where it belongs.
   WindowHarness();
   ~WindowHarness();
 
@@ -33,6 +34,9 @@ class WindowHarness {
 
   /// Ends the program as a user's quit does, once it is allowed.
   void quit();
+
+  /// Takes that wish back.
+  void letThingsMove() { desktop_.setReducedMotion(false); }
 
   AppState& state() { return *state_; }
   MainWindow& main() { return *main_; }

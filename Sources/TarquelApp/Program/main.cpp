@@ -25,6 +25,7 @@
 #include "TarquelApp/Desktop/FileBrowser.hpp"
 #include "TarquelApp/Desktop/LaunchRequest.hpp"
 #include "TarquelApp/Desktop/LauncherEntry.hpp"
+#include "TarquelApp/Desktop/MotionPreference.hpp"
 #include "TarquelApp/Desktop/SingleInstance.hpp"
 #include "TarquelApp/Desktop/SuspendInhibitor.hpp"
 #include "TarquelApp/DesktopActions.hpp"
@@ -53,6 +54,8 @@ int run(QGuiApplication& application, const LaunchRequest& request) {
   AppDelegate delegate;
   FileBrowser files(session);
   DesktopActions desktop([&files](const std::filesystem::path& file) { files.show(file); });
+  const MotionPreference motion(session);
+  QObject::connect(&motion, &MotionPreference::changed, &desktop, &DesktopActions::setReducedMotion);
   AppState state(AppSupportPaths::ofUser(), standardJobStages(std::make_shared<CurlSession>()));
   LauncherEntry launcher(session);
   SuspendInhibitor inhibitor(session, QDBusConnection::systemBus());

@@ -11,6 +11,7 @@ AbstractButton {
     property string source
 
     objectName: "frameThumbnail"
+    hoverEnabled: true
     width: 140
     height: 80 + 6 + caption.implicitHeight
     focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.StrongFocus : Qt.ClickFocus

@@ -26,6 +26,12 @@ ApplicationWindow {
     readonly property bool dark: Theme.dark
     onDarkChanged: Qt.callLater(() => palette = Theme.palette)
 
+    Binding {
+        target: Theme
+        property: "reducedMotion"
+        value: window.desktop.reducedMotion
+    }
+
     // The program ends through the quit guard alone.
     onClosing: close => {
         close.accepted = false

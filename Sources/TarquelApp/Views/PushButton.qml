@@ -13,6 +13,7 @@ Button {
     topPadding: 5
     bottomPadding: 5
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true  // also where no theme of the desktop says so
     Accessible.name: text
     Accessible.onPressAction: button.clicked()
 

@@ -21,11 +21,17 @@ ItemDelegate {
     required property string oneLine
     property bool listHasFocus: false
 
+    // Where it is seen after a change, beside where it stands; that it is new there; that it goes over others.
+    property real offset: 0
+    property bool arrives: false
+    property bool travels: false
+
     signal menuRequested
 
     readonly property string secondLine: isWorking ? "" : error || oneLine
 
     objectName: "queueRow"
+    hoverEnabled: true
     implicitHeight: 52
     leftPadding: 12
     rightPadding: 12
@@ -39,6 +45,12 @@ ItemDelegate {
     Accessible.selected: highlighted
     Accessible.onPressAction: row.clicked()
 
+    Rectangle {
+        anchors.fill: parent
+        z: -2
+        visible: row.travels && row.z > 0
+        color: Theme.sidebar
+    }
     background: Rectangle {
         anchors.fill: parent
         anchors.leftMargin: 6

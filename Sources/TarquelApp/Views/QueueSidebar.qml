@@ -50,6 +50,9 @@ FocusScope {
         cacheBuffer: 200
         topMargin: 4
         bottomMargin: 8
+        // A row that glides in from below stands there already.
+        displayMarginBeginning: 90
+        displayMarginEnd: 90
         ScrollBar.vertical: ScrollBar {}
 
         Accessible.role: Accessible.List
@@ -57,7 +60,10 @@ FocusScope {
 
         section.property: "section"
         section.delegate: SectionHeader {
+            id: title
             width: ListView.view.width
+            opacity: arrives ? Math.max(0, 1 - 2 * glide.ahead) : 1
+            transform: Translate { y: title.offset * glide.ahead }
         }
 
         // The selected row has the keyboard, so that it is read out; the list itself while no such row is there.
@@ -76,7 +82,11 @@ FocusScope {
             Keys.forwardTo: [list]
             readonly property bool canHaveFocus: highlighted && !pooled
             property bool pooled: false
-            ListView.onPooled: pooled = true
+            ListView.onPooled: {
+                pooled = true
+                offset = 0
+                arrives = travels = false
+            }
             ListView.onReused: pooled = false
             onCanHaveFocusChanged: {
                 if (canHaveFocus)
@@ -86,6 +96,9 @@ FocusScope {
             }
             Component.onDestruction: if (list.rowWithFocus === row) list.rowWithFocus = null
             visible: !pooled  // a row that waits to be used again is nobody's row
+            opacity: arrives ? Math.max(0, 1 - 2 * glide.ahead) : 1
+            z: travels && glide.ahead > 0 ? 1 : 0
+            transform: Translate { y: row.offset * glide.ahead }
         }
 
         // The list has no current row of its own: what is selected is a job, wherever its row goes.
@@ -123,6 +136,16 @@ FocusScope {
             }
             event.accepted = true
         }
+    }
+
+    QueueGlide {
+        id: glide
+        objectName: "queueGlide"
+        anchors.fill: list
+        clip: true
+        list: list
+        jobs: sidebar.app.jobs
+        selectedJobID: sidebar.app.selectedJobID
     }
 
     FocusRing {

@@ -7,6 +7,14 @@ Item {
 
     required property string section
 
+    // Where it is seen after a change, beside where it stands, and that it is new there.
+    property real offset: 0
+    property bool arrives: false
+    onSectionChanged: {
+        offset = 0
+        arrives = false
+    }
+
     implicitHeight: 32
 
     Label {

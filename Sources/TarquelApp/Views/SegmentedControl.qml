@@ -38,6 +38,7 @@ FocusScope {
                 readonly property bool isCurrent: modelData === control.current
 
                 text: modelData
+                hoverEnabled: true
                 focus: isCurrent
                 focusPolicy: isCurrent ? Qt.StrongFocus : Qt.ClickFocus
                 leftPadding: 14

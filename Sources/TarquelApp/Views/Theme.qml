@@ -64,8 +64,10 @@ QtObject {
     readonly property real titleSize: bodySize * 1.25
     readonly property string monospace: "monospace"
 
-    readonly property int quick: 120
-    readonly property int calm: 220
+    // A wish of the desktop's user: nothing glides or fades then.
+    property bool reducedMotion: false
+    readonly property int quick: reducedMotion ? 0 : 120
+    readonly property int calm: reducedMotion ? 0 : 220
 
     // Colour and drawing of each status of a job.
     readonly property var statusColors: ({
