@@ -30,6 +30,7 @@ class AppSupportPaths {
   std::filesystem::path settingsURL() const { return appSupportDirectory() / "settings.json"; }
   std::filesystem::path queueURL() const { return appSupportDirectory() / "queue.json"; }
   std::filesystem::path uiStateURL() const { return appSupportDirectory() / "ui-state.json"; }
+  std::filesystem::path windowLayoutURL() const { return appSupportDirectory() / "window-layout.json"; }
   std::filesystem::path secretsURL() const { return appSupportDirectory() / "secrets.json"; }
   std::filesystem::path semanticIndexDirectory() const { return appSupportDirectory() / "semantic-index"; }
 

@@ -1,5 +1,6 @@
 #include "TarquelApp/AppState.hpp"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -28,9 +29,11 @@ AppState::AppState(const AppSupportPaths& paths, JobStages stages, QObject* pare
       paths_(paths),
       settingsStore_(paths),
       uiStateStore_(paths),
+      layoutStore_(paths),
       secrets_(std::make_shared<SecretsStore>(paths.secretsURL(), std::make_shared<FileLockRegistry>())),
       settings_(settingsStore_.load()),
       uiState_(uiStateStore_.load()),
+      layout_(layoutStore_.load()),
       queue_({.settings = settings_,
               .secrets = secrets_,
               .stages = stages,
@@ -87,6 +90,21 @@ void AppState::setMode(AppMode mode) {
   UIState state = uiState_;
   state.contentMode = rawValue(mode);
   setUIState(state);
+}
+
+int AppState::sidebarWidth() const {
+  return static_cast<int>(std::clamp<std::int64_t>(layout_.sidebarWidth.value_or(0), 0, 100'000));
+}
+
+void AppState::setSidebarWidth(int width) {
+  if (width == sidebarWidth()) return;
+  layout_.sidebarWidth = width;
+  try {
+    layoutStore_.save(layout_);
+  } catch (const std::exception&) {
+    // As above.
+  }
+  Q_EMIT sidebarWidthChanged();
 }
 
 void AppState::find() {

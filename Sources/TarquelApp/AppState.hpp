@@ -17,6 +17,7 @@
 #include "TQPersistence/SecretsStore.hpp"
 #include "TQPersistence/Settings.hpp"
 #include "TQPersistence/UIState.hpp"
+#include "TQPersistence/WindowLayout.hpp"
 #include "TQPipeline/JobStages.hpp"
 #include "TQPipeline/WorkQueue.hpp"
 #include "TarquelApp/AppMode.hpp"
@@ -35,6 +36,7 @@ class AppState : public QObject, private WorkQueue::Observer {
   Q_PROPERTY(tq::AppSettings settings READ settings WRITE setSettings NOTIFY settingsChanged)
   Q_PROPERTY(tq::UIState uiState READ uiState WRITE setUIState NOTIFY uiStateChanged)
   Q_PROPERTY(QString mode READ modeText WRITE setModeText NOTIFY uiStateChanged)
+  Q_PROPERTY(int sidebarWidth READ sidebarWidth WRITE setSidebarWidth NOTIFY sidebarWidthChanged)
   Q_PROPERTY(tq::JobListModel* jobs READ jobs CONSTANT)
   Q_PROPERTY(QString selectedJobID READ selectedJobID WRITE setSelectedJobID NOTIFY selectedJobIDChanged)
   Q_PROPERTY(int activeJobCount READ activeJobCount NOTIFY activeJobCountChanged)
@@ -79,6 +81,11 @@ class AppState : public QObject, private WorkQueue::Observer {
   void setMode(AppMode mode);
   QString modeText() const { return qtText(rawValue(mode())); }
   void setModeText(const QString& text) { setMode(fromRawValue<AppMode>(textOf(text)).value_or(AppMode::queue)); }
+
+  /// The width that the user has given the sidebar, in pixels independent of the screen's scale; 0: none yet. May be
+  /// more than the window has room for. Setting it also saves it; a failure there is dropped.
+  int sidebarWidth() const;
+  void setSidebarWidth(int width);
 
   /// The queue as the sidebar shows it.
   JobListModel* jobs() { return &jobs_; }
@@ -143,6 +150,7 @@ class AppState : public QObject, private WorkQueue::Observer {
  Q_SIGNALS:
   void settingsChanged();
   void uiStateChanged();
+  void sidebarWidthChanged();
   void selectedJobIDChanged();
   void activeJobCountChanged();
   void needsOnboardingChanged();
@@ -162,9 +170,11 @@ class AppState : public QObject, private WorkQueue::Observer {
   const AppSupportPaths paths_;
   const SettingsStore settingsStore_;
   const UIStateStore uiStateStore_;
+  const WindowLayoutStore layoutStore_;
   const std::shared_ptr<SecretsStore> secrets_;
   AppSettings settings_;
   UIState uiState_;
+  WindowLayout layout_;
   bool needsOnboarding_ = false;
   QString lastError_;
   bool pendingSearchFocus_ = false;

@@ -54,6 +54,33 @@ TEST_F(WindowDrop, IsTakenAnywhereInTheQueueView) {
   EXPECT_TRUE(letGo({clip("beside a job.mov")}, {0.7, 0.5}));
 }
 
+TEST_F(WindowDrop, IsTakenOnTheMenuAndTheToolBarToo) {
+  launch();
+  constexpr QPointF onMenu(0.5, 0.015);
+  constexpr QPointF onToolBar(0.5, 0.06);
+  ASSERT_LT(onMenu.y() * window().height(), labelled("Queue").mapToScene({}).y());
+  ASSERT_LT(onToolBar.y() * window().height(), item("dropZone").mapToScene({}).y());
+  EXPECT_TRUE(dragOver({clip("menu.mov")}, onMenu));
+  EXPECT_TRUE(item("dropZone").property("isTargeted").toBool());
+  EXPECT_TRUE(letGo({clip("menu.mov")}, onMenu));
+  EXPECT_FALSE(item("dropZone").property("isTargeted").toBool());
+  EXPECT_TRUE(letGo({clip("tool bar.mov")}, onToolBar));
+  EXPECT_THAT(namesOnceAllAreIn(), ElementsAre("menu.mov", "tool bar.mov"));
+  EXPECT_TRUE(dragOver({clip("more.mov")}, onToolBar));
+  EXPECT_EQ(item("dropHint").mapRectToScene(item("dropHint").boundingRect()),
+            QRectF(QPointF(), window().size()).marginsRemoved(QMarginsF(4, 4, 4, 4)));
+}
+
+TEST_F(WindowDrop, NoPartOfTheWindowTakesFilesWhileTheLibraryShows) {
+  launch();
+  press(Qt::Key_2, Qt::ControlModifier);
+  for (const double height : {0.015, 0.06, 0.5, 0.98}) {
+    EXPECT_FALSE(dragOver({clip("a.mov")}, {0.5, height}));
+    EXPECT_FALSE(shows("dropHint"));
+    leave();
+  }
+}
+
 TEST_F(WindowDrop, TakesAllThatIsDroppedTogether) {
   launch();
   letGo({clip("b.mov"), clip("a.MOV"), clip("c.webm")});

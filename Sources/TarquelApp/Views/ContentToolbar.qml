@@ -10,6 +10,8 @@ ToolBar {
     required property AppState app
 
     implicitHeight: 48
+    Accessible.role: Accessible.ToolBar
+    Accessible.name: "Tools"
     leftPadding: Theme.gap + 4
     rightPadding: Theme.gap + 4
     background: Rectangle {

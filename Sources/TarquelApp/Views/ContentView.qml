@@ -12,9 +12,11 @@ Item {
     readonly property alias sidebar: sidebar
     readonly property bool isTargeted: dropArea.containsDrag
 
+    // The whole window, its menu and its tool bar too.
     DropArea {
         id: dropArea
         objectName: "dropArea"
+        parent: content.Window.contentItem
         anchors.fill: parent
         enabled: content.app.mode === "Queue" && content.visible
         keys: ["text/uri-list"]
@@ -26,33 +28,43 @@ Item {
         }
     }
 
-    SplitView {
+    Item {
         id: queue
         anchors.fill: parent
         visible: content.app.mode === "Queue"
 
-        handle: Rectangle {
-            implicitWidth: 5
-            color: "transparent"
-            Rectangle {
-                anchors.horizontalCenter: parent.horizontalCenter
-                width: 1
-                height: parent.height
-                color: parent.SplitHandle.pressed || parent.SplitHandle.hovered ? Theme.accent : Theme.separator
-            }
-        }
+        // As wide as the user made it, as far as the window has room for both parts.
+        property real wishedWidth: content.app.sidebarWidth || handle.usual
 
         QueueSidebar {
             objectName: "sidebar"
             id: sidebar
-            SplitView.preferredWidth: 370
-            SplitView.minimumWidth: 260
+            anchors.left: parent.left
+            anchors.top: parent.top
+            anchors.bottom: parent.bottom
+            width: Math.max(handle.minimumValue, Math.min(handle.maximumValue, queue.wishedWidth))
             app: content.app
             desktop: content.desktop
         }
+        SplitHandle {
+            id: handle
+            objectName: "splitHandle"
+            anchors.left: sidebar.right
+            anchors.top: parent.top
+            anchors.bottom: parent.bottom
+            label: "Width of the queue"
+            usual: 370
+            value: sidebar.width
+            minimumValue: 260
+            maximumValue: Math.max(minimumValue, Math.min(700, queue.width - width - 480))
+            onMoved: width => queue.wishedWidth = width
+            onSettled: content.app.sidebarWidth = queue.wishedWidth
+        }
         Item {
-            SplitView.fillWidth: true
-            SplitView.minimumWidth: 420
+            anchors.left: handle.right
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.bottom: parent.bottom
 
             JobDetailView {
                 objectName: "jobDetail"
@@ -81,6 +93,8 @@ Item {
     // Over a job's pane the window says as well that it takes what is held over it.
     Rectangle {
         objectName: "dropHint"
+        parent: content.Window.contentItem
+        z: 10  // above the window's bars
         anchors.fill: parent
         anchors.margins: 4
         visible: content.isTargeted && content.detail.exists
