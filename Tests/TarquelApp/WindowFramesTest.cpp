@@ -133,7 +133,7 @@ TEST_F(WindowFrames, TheSheetIsLargeAlsoInTheSmallestWindow) {
   launchWithThree();
   window().resize(window().minimumSize());
   openSheet(0);
-  const QQuickItem& sheet = *item("frameTitle").parentItem()->parentItem()->parentItem();
+  const QQuickItem& sheet = *item("frameTitle").parentItem()->parentItem()->parentItem()->parentItem();
   EXPECT_GE(sheet.width(), 640);
   EXPECT_GE(sheet.height(), 480);
 }

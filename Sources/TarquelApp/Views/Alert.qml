@@ -32,7 +32,8 @@ Dialog {
         border.color: Theme.separator
     }
 
-    contentItem: ColumnLayout {
+    ColumnLayout {
+        anchors.fill: parent
         spacing: Theme.gap
 
         Accessible.role: Accessible.AlertMessage

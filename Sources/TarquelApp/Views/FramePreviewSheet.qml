@@ -35,7 +35,8 @@ Dialog {
         border.color: Theme.separator
     }
 
-    contentItem: ColumnLayout {
+    ColumnLayout {
+        anchors.fill: parent
         spacing: 12
 
         Keys.onLeftPressed: sheet.index = Math.max(0, sheet.index - 1)

@@ -41,7 +41,8 @@ AbstractButton {
             id: picture
             anchors.fill: parent
             source: thumbnail.source
-            sourceSize: Qt.size(Math.round(140 * Screen.devicePixelRatio), Math.round(80 * Screen.devicePixelRatio))
+            sourceSize.width: Math.round(140 * Screen.devicePixelRatio)
+            sourceSize.height: Math.round(80 * Screen.devicePixelRatio)
             Accessible.ignored: true
         }
         // The line within lets it stand out from a picture of any colour.

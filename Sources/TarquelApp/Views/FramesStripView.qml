@@ -77,6 +77,7 @@ ColumnLayout {
         Accessible.role: Accessible.List
         Accessible.name: title.text
 
+        // qmllint disable unqualified
         delegate: FrameThumbnail {
             source: strip.source + index
             onClicked: {
@@ -84,6 +85,7 @@ ColumnLayout {
                 sheet.show(index)
             }
         }
+        // qmllint enable unqualified
     }
 
     FramePreviewSheet {

@@ -23,6 +23,7 @@ Item {
 
         anchors.fill: parent
         source: icon.name ? `image://icons/${icon.name}/${String(icon.color).slice(-6)}` : ""
-        sourceSize: Qt.size(pixels, pixels)
+        sourceSize.width: pixels
+        sourceSize.height: pixels
     }
 }

@@ -58,7 +58,8 @@ Item {
         ThinProgressBar {
             objectName: "detailProgress"
             Layout.fillWidth: true
-            visible: ["extracting", "calling", "writing"].includes(view.job.status)
+            visible: status === "extracting" || status === "calling" || status === "writing"
+            readonly property string status: view.job.status
             indeterminate: view.job.status === "calling"
             value: view.job.progress
             label: view.job.statusLabel

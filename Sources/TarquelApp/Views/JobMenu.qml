@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 
 // What can be done with a job.
 CommandMenu {

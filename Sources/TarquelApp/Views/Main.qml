@@ -24,7 +24,7 @@ ApplicationWindow {
 
     // A palette is taken over as it is at that moment.
     readonly property bool dark: Theme.dark
-    onDarkChanged: Qt.callLater(() => palette = Theme.palette)
+    onDarkChanged: Qt.callLater(() => palette = Theme.palette)  // qmllint disable
 
     Binding {
         target: Theme
@@ -73,7 +73,7 @@ ApplicationWindow {
         title: "Open Video…"
         fileMode: FileDialog.OpenFiles
         currentFolder: window.desktop.videosFolder
-        nameFilters: [`Video files (${window.app.videoNamePatterns.join(" ")})`, "All files (*)"]
+        nameFilters: [`Video files (${Array.from(window.app.videoNamePatterns).join(" ")})`, "All files (*)"]
         onAccepted: window.app.enqueue(selectedFiles)
     }
 

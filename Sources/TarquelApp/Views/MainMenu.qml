@@ -26,7 +26,7 @@ MenuBar {
     // What desktops have for those who do not know a mnemonic.
     Shortcut {
         sequence: "F10"
-        onActivated: menu.itemAt(0).triggered()
+        onActivated: (menu.itemAt(0) as MenuBarItem).triggered()
     }
 
     background: Rectangle {

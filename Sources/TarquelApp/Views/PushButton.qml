@@ -48,10 +48,9 @@ Button {
             anchors.verticalCenter: parent.verticalCenter
             name: button.drawing
             size: 16
-            color: label.color
+            color: button.prominent ? "#ffffff" : Theme.text
         }
         Text {
-            id: label
             anchors.verticalCenter: parent.verticalCenter
             text: button.text
             font: button.font

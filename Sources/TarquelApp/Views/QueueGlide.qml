@@ -146,6 +146,7 @@ Item {
         id: leavingTitles
         property var places: ({})
         model: glide.leaving
+        // qmllint disable unqualified
         SectionHeader {
             required property string modelData
             section: modelData.slice(glide.titleKey("").length)
@@ -155,5 +156,6 @@ Item {
             visible: opacity > 0
             Accessible.ignored: true
         }
+        // qmllint enable unqualified
     }
 }

@@ -41,7 +41,9 @@ ItemDelegate {
     focus: highlighted
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: [fileName, statusLabel, badgeHelp, secondLine].filter(text => text !== "").join(", ")
+    Accessible.name: fileName + also(statusLabel) + also(badgeHelp) + also(secondLine)
+    function also(text: string): string { return text === "" ? "" : ", " + text }
+
     Accessible.selected: highlighted
     Accessible.onPressAction: row.clicked()
 

@@ -59,6 +59,7 @@ FocusScope {
         Accessible.name: "Queue"
 
         section.property: "section"
+        // qmllint disable unqualified
         section.delegate: SectionHeader {
             id: title
             width: ListView.view.width
@@ -100,6 +101,7 @@ FocusScope {
             z: travels && glide.ahead > 0 ? 1 : 0
             transform: Translate { y: row.offset * glide.ahead }
         }
+        // qmllint enable unqualified
 
         // The list has no current row of its own: what is selected is a job, wherever its row goes.
         function select(row: int) {
@@ -169,11 +171,13 @@ FocusScope {
 
     Loader {
         active: String(sidebar.quickLookURL) !== ""
+        // qmllint disable unqualified
         sourceComponent: QuickLookWindow {
             file: sidebar.quickLookURL
             fileName: sidebar.quickLookName
             transientParent: sidebar.Window.window
             onDismissed: sidebar.quickLookURL = ""
         }
+        // qmllint enable unqualified
     }
 }

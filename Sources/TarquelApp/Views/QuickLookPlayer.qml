@@ -10,7 +10,7 @@ Item {
     property url file
     readonly property bool canPlay: player.hasVideo && player.error === MediaPlayer.NoError
     // Not before the first picture, nor after the last one: what stands there then is the poster.
-    readonly property bool hasPicture: canPlay && player.playbackState !== MediaPlayer.StoppedState && player.position > 0
+    readonly property bool hasPicture: canPlay && player.playbackState !== MediaPlayer.StoppedState && player.position > 0  // qmllint disable
 
     function toggle() {
         if (player.playbackState === MediaPlayer.PlayingState)
@@ -32,7 +32,7 @@ Item {
         source: view.file
         onSourceChanged: play()
         videoOutput: output
-        audioOutput: sound.item
+        audioOutput: sound.item as AudioOutput
     }
     VideoOutput {
         id: output
@@ -57,8 +57,8 @@ Item {
         }
         Slider {
             Layout.fillWidth: true
-            to: player.duration
-            value: player.position
+            to: player.duration  // qmllint disable
+            value: player.position  // qmllint disable
             enabled: player.seekable
             onMoved: player.position = value
             Accessible.name: "Position"

@@ -23,6 +23,10 @@ Window {
     onClosing: dismissed()
     Component.onCompleted: requestActivate()
 
+    // The clip, once it plays: an item of another module, which may be missing.
+    readonly property var playing: player.item
+    readonly property bool hasPicture: playing ? playing.hasPicture : false
+
     Item {
         id: stage
         anchors.fill: parent
@@ -41,7 +45,7 @@ Window {
                 break
             case Qt.Key_Return:
             case Qt.Key_Enter:
-                if (player.item) player.item.toggle()
+                if (preview.playing) preview.playing.toggle()
                 break
             default: return
             }
@@ -54,7 +58,7 @@ Window {
             anchors.fill: parent
             fillMode: Image.PreserveAspectFit
             source: "image://posters/" + encodeURIComponent(String(preview.file))
-            visible: !(player.item && player.item.hasPicture)
+            visible: !preview.hasPicture
             Accessible.role: Accessible.Graphic
             Accessible.name: "Picture of " + preview.fileName
         }
@@ -67,7 +71,7 @@ Window {
         Label {
             objectName: "noPicture"
             anchors.centerIn: parent
-            visible: poster.status === Image.Error && !(player.item && player.item.hasPicture)
+            visible: poster.status === Image.Error && !preview.hasPicture
             text: "No preview of this clip"
             color: Theme.secondaryText
         }

@@ -30,6 +30,7 @@ FocusScope {
             id: repeater
             model: control.choices
 
+            // qmllint disable unqualified
             AbstractButton {
                 id: choice
 
@@ -78,6 +79,7 @@ FocusScope {
                     horizontalAlignment: Text.AlignHCenter
                 }
             }
+            // qmllint enable unqualified
         }
     }
 }

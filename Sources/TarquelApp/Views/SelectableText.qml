@@ -12,6 +12,7 @@ ScrollView {
 
     readonly property int piece: 12000
     property int shown: 0
+    readonly property Flickable flickable: contentItem as Flickable
 
     function endOfPiece(start: int): int {
         if (start + piece >= text.length)
@@ -25,10 +26,10 @@ ScrollView {
     function begin() {
         shown = endOfPiece(0)
         area.text = text.slice(0, shown)
-        contentItem.contentY = 0
+        flickable.contentY = 0
     }
     function goOn() {
-        if (shown >= text.length || contentItem.contentY + 2 * height < contentItem.contentHeight)
+        if (shown >= text.length || flickable.contentY + 2 * height < flickable.contentHeight)
             return
         const end = endOfPiece(shown)
         area.insert(area.length, text.slice(shown, end))
@@ -40,11 +41,11 @@ ScrollView {
     implicitHeight: 100
     contentWidth: availableWidth
     onTextChanged: begin()
-    onHeightChanged: Qt.callLater(goOn)
+    onHeightChanged: Qt.callLater(goOn)  // qmllint disable
 
     Connections {
         target: view.contentItem
-        function onContentYChanged() { Qt.callLater(view.goOn) }
+        function onContentYChanged() { Qt.callLater(view.goOn) }  // qmllint disable
     }
 
     TextArea {

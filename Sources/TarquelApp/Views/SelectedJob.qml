@@ -31,7 +31,7 @@ QtObject {
     readonly property Connections changes: Connections {
         target: job.app.jobs
         function onRowsInserted() { job.refresh() }
-        function onRowsRemoved() { Qt.callLater(job.refresh) }
+        function onRowsRemoved() { Qt.callLater(job.refresh) }  // qmllint disable
         function onRowsMoved() { job.refresh() }
         function onDataChanged(first, last) {
             const row = job.row()

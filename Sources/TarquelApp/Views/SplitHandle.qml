@@ -46,7 +46,6 @@ Item {
     }
 
     Rectangle {
-        anchors.horizontalCenter: parent.horizontalCenter
         width: handle.activeFocus ? 3 : 1
         height: parent.height
         color: handle.activeFocus || mouse.containsMouse || mouse.pressed ? Theme.accent : Theme.separator

@@ -29,23 +29,8 @@ ProgressBar {
             radius: 2
             color: Theme.accent
         }
-        // Nobody can say how far: a piece that wanders.
-        Rectangle {
-            id: piece
-            visible: bar.indeterminate
-            width: parent.width / 5
-            height: parent.height
-            radius: 2
-            color: Theme.accent
-
-            XAnimator on x {
-                running: piece.visible && bar.visible
-                from: -piece.width
-                to: piece.parent ? piece.parent.width : 0
-                duration: 1600
-                loops: Animation.Infinite
-                easing.type: Easing.InOutSine
-            }
+        WanderingPiece {
+            visible: bar.indeterminate && bar.visible
         }
     }
 }
