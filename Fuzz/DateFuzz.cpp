@@ -1,5 +1,5 @@
 #include "Fuzz/Property.hpp"
-#include "TQPlatform/DateText.hpp"
+#include "TQPlatform/Text/DateText.hpp"
 
 namespace tq {
 

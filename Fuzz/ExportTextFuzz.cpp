@@ -6,7 +6,7 @@
 #include "TQDescription/Export/EDLExporter.hpp"
 #include "TQDescription/Export/FCPXMLExporter.hpp"
 #include "TQDescription/Export/XMLText.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "Fuzz/Property.hpp"
 #include "TQFrames/ISO6709.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -1,5 +1,5 @@
 #include "Fuzz/Property.hpp"
-#include "TQPlatform/JSONReader.hpp"
+#include "TQPlatform/JSON/JSONReader.hpp"
 
 namespace tq {
 namespace {

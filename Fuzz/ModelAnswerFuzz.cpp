@@ -2,7 +2,7 @@
 #include "TQCore/TQError.hpp"
 #include "TQDescription/DescriptionBuilder.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

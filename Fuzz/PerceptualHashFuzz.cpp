@@ -2,7 +2,7 @@
 
 #include "Fuzz/Property.hpp"
 #include "TQFrames/PerceptualHash.hpp"
-#include "TQPlatform/ImageStorage.hpp"
+#include "TQPlatform/Media/ImageStorage.hpp"
 
 namespace tq {
 namespace {

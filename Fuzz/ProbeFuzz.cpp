@@ -3,8 +3,8 @@
 #include "Fuzz/Property.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "Fuzz/Property.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

@@ -1,5 +1,5 @@
 #include "Fuzz/Property.hpp"
-#include "TQDescription/SearchIndex.hpp"
+#include "TQDescription/Search/SearchIndex.hpp"
 
 namespace tq {
 namespace {

@@ -1,7 +1,7 @@
 #include "Fuzz/Property.hpp"
-#include "TQDescription/SearchEngine.hpp"
-#include "TQDescription/SearchPredicate.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQDescription/Search/SearchEngine.hpp"
+#include "TQDescription/Search/SearchPredicate.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -2,8 +2,8 @@
 #include <cmath>
 
 #include "Fuzz/Property.hpp"
-#include "TQDescription/SemanticCache.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQDescription/Semantic/SemanticCache.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

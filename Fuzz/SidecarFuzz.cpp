@@ -1,12 +1,12 @@
 #include <cmath>
 
 #include "Fuzz/Property.hpp"
-#include "TQDescription/IndexBuilder.hpp"
-#include "TQDescription/LoadedSidecar.hpp"
-#include "TQDescription/SourceTabFormatter.hpp"
-#include "TQPlatform/JSONDocument.hpp"
-#include "TQPlatform/JSONReader.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQDescription/FolderIndex/IndexBuilder.hpp"
+#include "TQDescription/Library/LoadedSidecar.hpp"
+#include "TQDescription/Library/SourceTabFormatter.hpp"
+#include "TQPlatform/JSON/JSONDocument.hpp"
+#include "TQPlatform/JSON/JSONReader.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

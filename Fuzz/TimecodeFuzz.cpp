@@ -4,7 +4,7 @@
 
 #include "Fuzz/Property.hpp"
 #include "TQDescription/Export/Timecode.hpp"
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 namespace {

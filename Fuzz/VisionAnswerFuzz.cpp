@@ -1,7 +1,7 @@
 #include "Fuzz/Property.hpp"
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 #include "TQVision/AnthropicProvider.hpp"
 #include "TQVision/OpenAIProvider.hpp"
 

@@ -1,6 +1,6 @@
 #include "Fuzz/Property.hpp"
-#include "TQPlatform/HTTPAddress.hpp"
-#include "TQPlatform/URLSession.hpp"
+#include "TQPlatform/Network/HTTPAddress.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
 #include "TQVision/ProviderFactory.hpp"
 #include "TQVision/VersionedURL.hpp"
 

@@ -1,8 +1,9 @@
 # Fails when a source file includes what its layer must not see.
 #   cmake -DTQ_ROOT=<root> -P CheckLayering.cmake
-# Three rules: a quoted include names a layer at or below its own; an angled include outside TQPlatform is a header of
-# the C++ standard library (TarquelApp may also include Qt), but not <fstream>, since files are read and written through
-# TQPlatform/Files alone (fuzzing targets may); nothing below the tests includes tests.
+# Four rules: a quoted include names a layer at or below its own, and within a layer no room behind its own; an angled
+# include outside TQPlatform is a header of the C++ standard library (TarquelApp may also include Qt), but not <fstream>,
+# since files are read and written through TQPlatform/FileSystem alone (fuzzing targets may); nothing below the tests
+# includes tests.
 
 cmake_policy(SET CMP0057 NEW)
 include(${CMAKE_CURRENT_LIST_DIR}/Layers.cmake)
@@ -17,6 +18,26 @@ set(STANDARD_HEADERS
   thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant vector version)
 
 set(faults "")
+
+function(check_rooms file layer)
+  set(visible "")
+  set(before "")
+  foreach(room IN LISTS TQ_ROOMS_${layer})
+    if(file MATCHES "^Sources/${layer}/${room}/")
+      set(visible "${before};${room}")
+      break()
+    endif()
+    list(APPEND before ${room})
+  endforeach()
+  file(STRINGS ${TQ_ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include \"${layer}/[^/]+/")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE ".*\"${layer}/([^/]+)/.*" "\\1" room "${line}")
+    if(room IN_LIST TQ_ROOMS_${layer} AND NOT room IN_LIST visible)
+      set(faults "${faults}\n  ${file}: ${layer}/${room} is not below it")
+    endif()
+  endforeach()
+  set(faults "${faults}" PARENT_SCOPE)
+endfunction()
 
 function(check_file file layer visible foreignAllowed)
   file(STRINGS ${TQ_ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include")
@@ -49,6 +70,7 @@ foreach(layer IN LISTS TQ_LAYERS)
   file(GLOB_RECURSE files RELATIVE ${TQ_ROOT} ${TQ_ROOT}/Sources/${layer}/*.hpp ${TQ_ROOT}/Sources/${layer}/*.cpp)
   foreach(file IN LISTS files)
     check_file(${file} ${layer} "${visible}" ${foreign})
+    check_rooms(${file} ${layer})
   endforeach()
 endforeach()
 

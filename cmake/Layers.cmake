@@ -9,3 +9,8 @@ set(TQ_LAYERS
     TQVision
     TQPipeline
     TarquelApp)
+
+# The rooms of a layer that has several, in the same order: a room sees what lies in the layer's own folder, and the rooms
+# before it. What lies in the folder itself sees none of them.
+set(TQ_ROOMS_TQPlatform Concurrency Text FileSystem Process JSON Media Network)
+set(TQ_ROOMS_TQDescription Search Semantic Library FolderIndex Export)

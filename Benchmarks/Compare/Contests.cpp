@@ -11,8 +11,8 @@
 #include "TQFrames/AdaptiveSampling.hpp"
 #include "TQFrames/FrameExtractor.hpp"
 #include "TQFrames/PlatformDecoding.hpp"
-#include "TQPlatform/MediaAsset.hpp"
-#include "TQPlatform/PictureRuns.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
+#include "TQPlatform/Media/PictureRuns.hpp"
 
 namespace tq::compare {
 

@@ -10,8 +10,8 @@
 #include <thread>
 #include <turbojpeg.h>
 
-#include "TQPlatform/JPEGColours.hpp"
-#include "TQPlatform/Libav.hpp"
+#include "TQPlatform/Media/JPEGColours.hpp"
+#include "TQPlatform/Media/Libav.hpp"
 
 extern "C" {
 #include <libavcodec/avcodec.h>

@@ -8,8 +8,8 @@
 
 #include "Benchmarks/Compare/Floor.hpp"
 #include "TQFrames/PlatformDecoding.hpp"
-#include "TQPlatform/ChildProcess.hpp"
-#include "TQPlatform/MediaAssetState.hpp"
+#include "TQPlatform/Media/MediaAssetState.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 
 namespace tq::compare {
 

@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "TQPlatform/ChildProcess.hpp"
-#include "TQPlatform/Tasks.hpp"
+#include "TQPlatform/Concurrency/Tasks.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 
 namespace tq::compare {
 

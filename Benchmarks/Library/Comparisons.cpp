@@ -5,9 +5,9 @@
 #include "Benchmarks/Library/Latency.hpp"
 #include "Benchmarks/Library/SampleLibrary.hpp"
 #include "Benchmarks/Shared/Report.hpp"
-#include "TQDescription/LibraryModel.hpp"
-#include "TQDescription/SearchFields.hpp"
-#include "TQPlatform/ChildProcess.hpp"
+#include "TQDescription/Library/LibraryModel.hpp"
+#include "TQDescription/Search/SearchFields.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 #ifdef TQ_SQLITE
 #include "Benchmarks/Library/FullTextSearch.hpp"
 #endif

@@ -3,10 +3,10 @@
 #include <fstream>
 
 #include "TQDescription/SidecarNames.hpp"
+#include "TQPlatform/Concurrency/Tasks.hpp"
 #include "TQPlatform/Digest.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/JSONDocument.hpp"
-#include "TQPlatform/Tasks.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/JSON/JSONDocument.hpp"
 
 namespace tq::compare {
 

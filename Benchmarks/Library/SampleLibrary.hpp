@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "Benchmarks/Library/SampleClips.hpp"
-#include "TQDescription/LoadedSidecar.hpp"
+#include "TQDescription/Library/LoadedSidecar.hpp"
 
 namespace tq::compare {
 

@@ -6,8 +6,8 @@
 #include "Benchmarks/Library/Comparisons.hpp"
 #include "Benchmarks/Library/Vectors.hpp"
 #include "Benchmarks/Shared/Report.hpp"
-#include "TQDescription/SemanticCache.hpp"
-#include "TQPlatform/Files.hpp"
+#include "TQDescription/Semantic/SemanticCache.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
 
 namespace tq::compare {
 

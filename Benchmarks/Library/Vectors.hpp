@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "TQDescription/SemanticEntries.hpp"
-#include "TQDescription/SemanticIndex.hpp"
+#include "TQDescription/Semantic/SemanticEntries.hpp"
+#include "TQDescription/Semantic/SemanticIndex.hpp"
 
 namespace tq::compare {
 

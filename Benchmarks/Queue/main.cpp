@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "TQPipeline/WorkQueue.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/EventLoop.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/Concurrency/EventLoop.hpp"
 #include "TarquelApp/JobListModel.hpp"
 
 namespace {

@@ -9,8 +9,8 @@
 #include "TQFrames/FrameImages.hpp"
 #include "TQFrames/PerceptualHash.hpp"
 #include "TQPlatform/Digest.hpp"
-#include "TQPlatform/ImageGenerator.hpp"
-#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/Media/ImageGenerator.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
 
 namespace {
 

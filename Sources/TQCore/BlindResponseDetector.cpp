@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

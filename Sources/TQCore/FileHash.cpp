@@ -2,9 +2,9 @@
 
 #include <stdexcept>
 
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 #include "TQPlatform/Digest.hpp"
-#include "TQPlatform/Files.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
 
 namespace tq {
 

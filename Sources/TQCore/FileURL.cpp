@@ -3,7 +3,7 @@
 #include <array>
 #include <charconv>
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/JSONView.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/JSON/JSONView.hpp"
 
 namespace tq {
 

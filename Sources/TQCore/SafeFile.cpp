@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -1,7 +1,7 @@
 #include "TQCore/ValueCodec.hpp"
 
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

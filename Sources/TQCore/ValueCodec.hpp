@@ -12,7 +12,7 @@
 #include "TQCore/FileURL.hpp"
 #include "TQCore/RawValue.hpp"
 #include "TQCore/RecordJSON.hpp"
-#include "TQPlatform/DateText.hpp"
+#include "TQPlatform/Text/DateText.hpp"
 #include "TQPlatform/UUID.hpp"
 
 namespace tq {

@@ -5,8 +5,8 @@
 #include "TQCore/RecordCodec.hpp"
 #include "TQCore/RecordJSON.hpp"
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

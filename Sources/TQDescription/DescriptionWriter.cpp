@@ -6,10 +6,10 @@
 #include "TQCore/TQError.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
 #include "TQDescription/SidecarNames.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -1,6 +1,6 @@
 #include "TQDescription/GPSText.hpp"
 
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

@@ -9,8 +9,8 @@
 #include "TQDescription/GPSText.hpp"
 #include "TQDescription/JoinedText.hpp"
 #include "TQDescription/SidecarNames.hpp"
-#include "TQPlatform/DateText.hpp"
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/DateText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 namespace {

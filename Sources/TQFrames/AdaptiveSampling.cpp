@@ -7,7 +7,7 @@
 
 #include "TQFrames/EvenlySpacedSubset.hpp"
 #include "TQFrames/PerceptualHash.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq {
 

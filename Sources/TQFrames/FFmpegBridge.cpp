@@ -8,14 +8,14 @@
 
 #include "TQCore/TQError.hpp"
 #include "TQFrames/ISO6709.hpp"
-#include "TQPlatform/ChildProcess.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/MediaAsset.hpp"
-#include "TQPlatform/MediaContainer.hpp"
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
+#include "TQPlatform/Media/MediaContainer.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

@@ -8,7 +8,7 @@
 
 #include "TQFrames/VideoMetadata.hpp"
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq {
 

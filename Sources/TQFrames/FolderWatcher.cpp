@@ -8,8 +8,8 @@
 #include <system_error>
 #include <utility>
 
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 

@@ -9,11 +9,11 @@
 
 #include "TQFrames/RescanSchedule.hpp"
 #include "TQFrames/WatchFolderLogic.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/DirectoryEvents.hpp"
-#include "TQPlatform/FolderReader.hpp"
-#include "TQPlatform/Monitor.hpp"
-#include "TQPlatform/Tasks.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/Concurrency/Monitor.hpp"
+#include "TQPlatform/Concurrency/Tasks.hpp"
+#include "TQPlatform/FileSystem/DirectoryEvents.hpp"
+#include "TQPlatform/FileSystem/FolderReader.hpp"
 
 namespace tq {
 

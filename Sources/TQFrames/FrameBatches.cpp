@@ -11,9 +11,9 @@
 
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FrameImages.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/Tasks.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Tasks.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

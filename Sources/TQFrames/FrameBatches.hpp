@@ -10,7 +10,7 @@
 
 #include "TQCore/Models/ExtractedFrame.hpp"
 #include "TQFrames/SamplingTimes.hpp"
-#include "TQPlatform/PictureRuns.hpp"
+#include "TQPlatform/Media/PictureRuns.hpp"
 
 namespace tq {
 

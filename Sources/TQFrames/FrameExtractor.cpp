@@ -10,8 +10,8 @@
 #include "TQFrames/PlatformDecoding.hpp"
 #include "TQFrames/PlatformMetadata.hpp"
 #include "TQFrames/SamplingTimes.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
 
 namespace tq {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq {
 

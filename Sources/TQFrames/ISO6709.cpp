@@ -3,8 +3,8 @@
 #include <cmath>
 #include <vector>
 
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq {
 

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "TQFrames/AdaptiveSampling.hpp"
-#include "TQPlatform/ImageGenerator.hpp"
-#include "TQPlatform/PictureRuns.hpp"
+#include "TQPlatform/Media/ImageGenerator.hpp"
+#include "TQPlatform/Media/PictureRuns.hpp"
 
 namespace tq {
 

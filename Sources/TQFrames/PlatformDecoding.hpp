@@ -7,7 +7,7 @@
 
 #include "TQCore/Models/SamplingConfig.hpp"
 #include "TQFrames/FrameBatches.hpp"
-#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
 
 namespace tq {
 

@@ -4,8 +4,8 @@
 
 #include "TQCore/TQError.hpp"
 #include "TQFrames/ISO6709.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "TQFrames/VideoMetadata.hpp"
-#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
 
 namespace tq {
 

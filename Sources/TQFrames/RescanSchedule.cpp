@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq {
 

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <stop_token>
 
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "TQCore/Models/SamplingConfig.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq {
 

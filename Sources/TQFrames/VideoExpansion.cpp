@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "TQCore/VideoExtensions.hpp"
-#include "TQPlatform/FolderReader.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/FolderReader.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 

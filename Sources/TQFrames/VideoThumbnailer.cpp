@@ -5,8 +5,8 @@
 #include <exception>
 #include <limits>
 
-#include "TQPlatform/ImageGenerator.hpp"
-#include "TQPlatform/MediaAsset.hpp"
+#include "TQPlatform/Media/ImageGenerator.hpp"
+#include "TQPlatform/Media/MediaAsset.hpp"
 
 namespace tq {
 

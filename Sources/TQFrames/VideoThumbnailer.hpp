@@ -5,7 +5,7 @@
 #include <stop_token>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq {
 

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "TQCore/VideoExtensions.hpp"
-#include "TQPlatform/FileState.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/FileSystem/FileState.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

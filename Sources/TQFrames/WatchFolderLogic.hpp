@@ -10,7 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq {
 

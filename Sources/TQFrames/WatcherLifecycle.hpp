@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "TQFrames/FolderWatcher.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/Executor.hpp"
-#include "TQPlatform/SerialQueue.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/Concurrency/Executor.hpp"
+#include "TQPlatform/Concurrency/SerialQueue.hpp"
 
 namespace tq {
 

@@ -4,10 +4,10 @@
 #include <system_error>
 #include <vector>
 
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/HomeFolder.hpp"
-#include "TQPlatform/SystemError.hpp"
-#include "TQPlatform/TemporaryFile.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/HomeFolder.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/FileSystem/TemporaryFile.hpp"
 
 namespace tq {
 

@@ -7,7 +7,7 @@
 #include "TQCore/RecordCodec.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/StoreFile.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -7,8 +7,8 @@
 
 #include "TQCore/Models/Job.hpp"
 #include "TQPersistence/QueueStore.hpp"
-#include "TQPlatform/Executor.hpp"
-#include "TQPlatform/SerialQueue.hpp"
+#include "TQPlatform/Concurrency/Executor.hpp"
+#include "TQPlatform/Concurrency/SerialQueue.hpp"
 
 namespace tq {
 

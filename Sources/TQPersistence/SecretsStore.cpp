@@ -5,9 +5,9 @@
 #include "TQCore/RecordCodec.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/StoreFile.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/SystemError.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

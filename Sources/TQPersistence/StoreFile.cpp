@@ -1,7 +1,7 @@
 #include "TQPersistence/StoreFile.hpp"
 
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 

@@ -7,7 +7,7 @@
 #include "TQCore/RecordJSON.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "TQPersistence/SecretAccounts.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 #include "TQVision/ProviderFactory.hpp"
 #include "TQVision/ProviderProfile.hpp"
 

@@ -18,9 +18,9 @@
 #include "TQPersistence/Settings.hpp"
 #include "TQPipeline/JobStages.hpp"
 #include "TQPipeline/WaitingList.hpp"
-#include "TQPlatform/Monitor.hpp"
-#include "TQPlatform/SerialQueue.hpp"
-#include "TQPlatform/Tasks.hpp"
+#include "TQPlatform/Concurrency/Monitor.hpp"
+#include "TQPlatform/Concurrency/SerialQueue.hpp"
+#include "TQPlatform/Concurrency/Tasks.hpp"
 
 namespace tq {
 

@@ -9,7 +9,7 @@
 #include "TQFrames/VideoExpansion.hpp"
 #include "TQFrames/WatchFolderLogic.hpp"
 #include "TQPipeline/ConfiguredEngine.hpp"
-#include "TQPlatform/TemporaryFile.hpp"
+#include "TQPlatform/FileSystem/TemporaryFile.hpp"
 
 namespace tq {
 

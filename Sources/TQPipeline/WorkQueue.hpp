@@ -19,8 +19,8 @@
 #include "TQPipeline/JobOrchestrator.hpp"
 #include "TQPipeline/JobStages.hpp"
 #include "TQPipeline/JobUpdates.hpp"
-#include "TQPlatform/Executor.hpp"
-#include "TQPlatform/SerialQueue.hpp"
+#include "TQPlatform/Concurrency/Executor.hpp"
+#include "TQPlatform/Concurrency/SerialQueue.hpp"
 
 namespace tq {
 

@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "TQCore/DefaultEndpoints.hpp"
-#include "TQDescription/TextEmbedder.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/URLSession.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQDescription/Semantic/TextEmbedder.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 
 namespace tq {
 

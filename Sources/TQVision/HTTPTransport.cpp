@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/URLSession.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
 
 namespace tq {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 #include "TQVision/HTTPTransport.hpp"
 #include "TQVision/ProviderErrorHints.hpp"
 #include "TQVision/WithoutKey.hpp"

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/URLSession.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 #include "TQVision/VisionProvider.hpp"
 
 namespace tq {

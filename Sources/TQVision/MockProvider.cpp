@@ -1,7 +1,7 @@
 #include "TQVision/MockProvider.hpp"
 
 #include "TQCore/Models/DescriptionResult.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

@@ -1,7 +1,7 @@
 #include "TQVision/OpenAIProvider.hpp"
 
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 #include "TQVision/VersionedURL.hpp"
 #include "TQVision/VisionAnswer.hpp"
 #include "TQVision/VisionBody.hpp"

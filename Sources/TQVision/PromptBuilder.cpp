@@ -3,8 +3,8 @@
 #include <array>
 
 #include "TQCore/Vocabularies.hpp"
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 #include "TQVision/PromptTexts.hpp"
 
 namespace tq {

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 #include "TQVision/AnthropicProvider.hpp"
 #include "TQVision/OpenAIProvider.hpp"
 #include "TQVision/ProviderProfile.hpp"

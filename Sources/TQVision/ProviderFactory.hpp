@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/URLSession.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 #include "TQVision/HTTPVisionProvider.hpp"
 #include "TQVision/VisionProvider.hpp"
 

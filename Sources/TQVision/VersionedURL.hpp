@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 
 namespace tq {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 

@@ -1,6 +1,6 @@
 #include "TQVision/VisionBody.hpp"
 
-#include "TQPlatform/Base64.hpp"
+#include "TQPlatform/Network/Base64.hpp"
 
 namespace tq {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 #include "TQVision/VisionProvider.hpp"
 
 namespace tq {

@@ -2,7 +2,7 @@
 
 #include "TQCore/DefaultEndpoints.hpp"
 #include "TQCore/DefaultModels.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 
 namespace tq {
 

@@ -1,6 +1,6 @@
 #include "TQVision/WithoutKey.hpp"
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -8,7 +8,7 @@
 #include "TQCore/VideoExtensions.hpp"
 #include "TQPersistence/FileLock.hpp"
 #include "TQPipeline/ConfiguredEngine.hpp"
-#include "TQPlatform/HomeFolder.hpp"
+#include "TQPlatform/FileSystem/HomeFolder.hpp"
 
 namespace tq {
 

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "TQCore/RecordJSON.hpp"
+#include "TQDescription/Library/SourceTabFormatter.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
-#include "TQDescription/SourceTabFormatter.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 #include "TarquelApp/JobWords.hpp"
 #include "TarquelApp/Text.hpp"
 

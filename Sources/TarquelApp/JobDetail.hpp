@@ -10,7 +10,7 @@
 #include <memory>
 #include <optional>
 
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 #include "TarquelApp/AppState.hpp"
 #include "TarquelApp/FrameShelf.hpp"
 

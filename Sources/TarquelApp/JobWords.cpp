@@ -4,7 +4,7 @@
 #include <chrono>
 
 #include "TQDescription/JoinedText.hpp"
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "TQCore/Models/Job.hpp"
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq {
 

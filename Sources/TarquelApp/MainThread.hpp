@@ -5,7 +5,7 @@
 #include <functional>
 #include <mutex>
 
-#include "TQPlatform/Executor.hpp"
+#include "TQPlatform/Concurrency/Executor.hpp"
 
 namespace tq {
 

@@ -3,8 +3,8 @@
 
 #include "EndToEnd/User.hpp"
 #include "Support/ClipMaker.hpp"
-#include "TQPlatform/ChildProcess.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 
 namespace tq::test {
 namespace {

@@ -6,7 +6,7 @@
 #include "EndToEnd/User.hpp"
 #include "Support/HeldFile.hpp"
 #include "Support/ScriptedServer.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "TQDescription/SidecarNames.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 

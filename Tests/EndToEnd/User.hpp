@@ -15,7 +15,7 @@
 #include "Support/ClipMaker.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/Models/DescriptionResult.hpp"
-#include "TQPlatform/Descriptor.hpp"
+#include "TQPlatform/FileSystem/Descriptor.hpp"
 
 namespace tq::test {
 

@@ -10,8 +10,8 @@
 #include <turbojpeg.h>
 #include <unistd.h>
 
-#include "TQPlatform/ChildProcess.hpp"
 #include "TQPlatform/Digest.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 
 namespace tq::test {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq::test {
 

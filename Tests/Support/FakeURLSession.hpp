@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "TQPlatform/URLSession.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
 
 namespace tq::test {
 

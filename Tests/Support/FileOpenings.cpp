@@ -4,7 +4,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq::test {
 

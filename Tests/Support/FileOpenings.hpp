@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "TQPlatform/Descriptor.hpp"
+#include "TQPlatform/FileSystem/Descriptor.hpp"
 
 namespace tq::test {
 

@@ -5,7 +5,7 @@
 #include <stop_token>
 #include <vector>
 
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq::test {
 

@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq::test {
 

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <vector>
 
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq::test {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "TQPlatform/Bytes.hpp"
-#include "TQPlatform/Image.hpp"
+#include "TQPlatform/Media/Image.hpp"
 
 namespace tq::test {
 

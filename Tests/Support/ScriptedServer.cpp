@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <sys/socket.h>
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq::test {
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "Support/TestCertificates.hpp"
-#include "TQPlatform/Descriptor.hpp"
+#include "TQPlatform/FileSystem/Descriptor.hpp"
 
 namespace tq::test {
 

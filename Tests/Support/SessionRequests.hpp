@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "TQPlatform/URLSession.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
 
 namespace tq::test {
 

@@ -1,6 +1,6 @@
 #include "Support/TimerClock.hpp"
 
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq::test {
 

@@ -4,7 +4,7 @@
 #include <mutex>
 
 #include "Support/Gate.hpp"
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq::test {
 

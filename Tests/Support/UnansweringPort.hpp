@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "TQPlatform/Descriptor.hpp"
+#include "TQPlatform/FileSystem/Descriptor.hpp"
 
 namespace tq::test {
 

@@ -9,7 +9,7 @@
 #include "Support/PipelineHarness.hpp"
 #include "TQPersistence/QueueStore.hpp"
 #include "TQPipeline/WorkQueue.hpp"
-#include "TQPlatform/EventLoop.hpp"
+#include "TQPlatform/Concurrency/EventLoop.hpp"
 
 namespace tq::test {
 

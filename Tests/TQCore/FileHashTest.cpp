@@ -3,8 +3,8 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/FileHash.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 namespace {

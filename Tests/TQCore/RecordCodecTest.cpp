@@ -2,7 +2,7 @@
 #include <unordered_set>
 
 #include "TQCore/RecordCodec.hpp"
-#include "TQPlatform/JSONDocument.hpp"
+#include "TQPlatform/JSON/JSONDocument.hpp"
 
 namespace tq {
 namespace {

@@ -4,7 +4,7 @@
 #include "Support/Unprivileged.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 namespace {

@@ -2,9 +2,9 @@
 #include <new>
 
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -6,8 +6,8 @@
 #include "TQCore/RecordJSON.hpp"
 #include "TQDescription/DescriptionWriter.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/TemporaryFile.hpp"
+#include "TQPlatform/FileSystem/TemporaryFile.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

@@ -9,9 +9,9 @@
 #include "TQCore/TQError.hpp"
 #include "TQDescription/DescriptionWriter.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

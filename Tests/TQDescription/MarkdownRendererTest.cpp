@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "GoldenText.hpp"
+#include "TQDescription/GoldenText.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
 
 namespace tq {

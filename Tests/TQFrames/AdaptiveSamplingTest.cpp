@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "TQFrames/AdaptiveSampling.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq::test {
 namespace {

@@ -9,7 +9,7 @@
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

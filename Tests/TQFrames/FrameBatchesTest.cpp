@@ -10,7 +10,7 @@
 
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FrameBatches.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq::test {
 namespace {

@@ -12,7 +12,7 @@
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQFrames/FrameExtractor.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq::test {
 namespace {

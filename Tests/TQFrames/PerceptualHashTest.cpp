@@ -2,7 +2,7 @@
 
 #include "Support/ClipMaker.hpp"
 #include "TQFrames/PerceptualHash.hpp"
-#include "TQPlatform/ImageGenerator.hpp"
+#include "TQPlatform/Media/ImageGenerator.hpp"
 
 namespace tq::test {
 namespace {

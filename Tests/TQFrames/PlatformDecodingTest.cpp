@@ -3,8 +3,8 @@
 #include "Support/ClipMaker.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQFrames/PlatformDecoding.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/ImageGenerator.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/Media/ImageGenerator.hpp"
 
 namespace tq::test {
 namespace {

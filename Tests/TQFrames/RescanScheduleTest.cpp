@@ -2,7 +2,7 @@
 
 #include "Support/ManualClock.hpp"
 #include "TQFrames/RescanSchedule.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq {
 namespace {

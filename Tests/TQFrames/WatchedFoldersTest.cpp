@@ -2,7 +2,7 @@
 #include "Support/FolderEventFaults.hpp"
 #include "Support/FolderListings.hpp"
 #include "Support/Unprivileged.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TQFrames/WatcherLifecycle.hpp"
-#include "TQPlatform/EventLoop.hpp"
+#include "TQPlatform/Concurrency/EventLoop.hpp"
 
 namespace tq {
 namespace {

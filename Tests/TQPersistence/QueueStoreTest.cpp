@@ -8,8 +8,8 @@
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPersistence/QueueStore.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

@@ -9,8 +9,8 @@
 #include "TQCore/TQError.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
 #include "TQPersistence/SecretsStore.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

@@ -5,8 +5,8 @@
 #include "Support/TemporaryFolder.hpp"
 #include "TQCore/SafeFile.hpp"
 #include "TQPersistence/Settings.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

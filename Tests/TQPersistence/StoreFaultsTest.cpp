@@ -9,8 +9,8 @@
 #include "TQPersistence/SecretsStore.hpp"
 #include "TQPersistence/Settings.hpp"
 #include "TQPersistence/UIState.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

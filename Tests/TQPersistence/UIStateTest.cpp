@@ -3,8 +3,8 @@
 #include "Support/FileSizeLimit.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQPersistence/UIState.hpp"
-#include "TQPlatform/JSON.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "Support/TemporaryFolder.hpp"
 #include "TQPersistence/WindowLayout.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq::test {
 namespace {

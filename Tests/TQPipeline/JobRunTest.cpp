@@ -7,7 +7,7 @@
 #include "TQCore/RecordJSON.hpp"
 #include "TQCore/TQError.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
 
 namespace tq {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "TQPersistence/SecretAccounts.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 

@@ -9,7 +9,7 @@
 #include "Support/PipelineHarness.hpp"
 #include "Support/ScriptedServer.hpp"
 #include "Support/TestCertificates.hpp"
-#include "TQPlatform/CurlSession.hpp"
+#include "TQPlatform/Network/CurlSession.hpp"
 
 namespace tq::test {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "NetworkJob.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 namespace {

@@ -8,7 +8,7 @@
 #include "Support/EnvironmentVariable.hpp"
 #include "Support/NameLookups.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "ProviderFixture.hpp"
 #include "TQCore/DefaultModels.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

@@ -5,7 +5,7 @@
 #include "Support/ManualClock.hpp"
 #include "Support/TemporaryFolder.hpp"
 #include "TQPersistence/SecretAccounts.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 #include "TQVision/ConfiguredEmbedder.hpp"
 
 namespace tq::test {

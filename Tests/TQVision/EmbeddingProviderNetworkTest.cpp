@@ -3,7 +3,7 @@
 
 #include "EmbeddingFixture.hpp"
 #include "Support/ScriptedServer.hpp"
-#include "TQPlatform/CurlSession.hpp"
+#include "TQPlatform/Network/CurlSession.hpp"
 
 namespace tq::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "EmbeddingFixture.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 
 namespace tq {
 namespace {

@@ -6,7 +6,7 @@
 #include "Support/FakeURLSession.hpp"
 #include "Support/ManualClock.hpp"
 #include "TQCore/TQError.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 #include "TQVision/HTTPTransport.hpp"
 
 namespace tq {

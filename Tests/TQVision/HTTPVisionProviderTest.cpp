@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "ProviderFixture.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

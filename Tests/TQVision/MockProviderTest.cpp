@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 #include "TQVision/MockProvider.hpp"
 
 namespace tq {

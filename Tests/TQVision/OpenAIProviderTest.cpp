@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ProviderFixture.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq {
 namespace {

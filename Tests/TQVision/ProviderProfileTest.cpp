@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "TQCore/DefaultModels.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
 #include "TQVision/ProviderProfile.hpp"
 #include "TQVision/VisionDefaults.hpp"
 

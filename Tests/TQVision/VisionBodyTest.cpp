@@ -2,7 +2,7 @@
 
 #include "AllocationCounter.hpp"
 #include "ProviderFixture.hpp"
-#include "TQPlatform/Base64.hpp"
+#include "TQPlatform/Network/Base64.hpp"
 
 namespace tq {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "TQCore/RecordJSON.hpp"
 #include "TQDescription/MarkdownRenderer.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 #include "TarquelApp/Text.hpp"
 #include "TarquelApp/Turning.hpp"
 #include "TarquelApp/WindowHarness.hpp"

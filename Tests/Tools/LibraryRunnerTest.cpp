@@ -4,10 +4,10 @@
 
 #include "LibraryHarness.hpp"
 #include "Support/ClipMaker.hpp"
-#include "TQDescription/FolderIndex.hpp"
+#include "TQDescription/FolderIndex/FolderIndex.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

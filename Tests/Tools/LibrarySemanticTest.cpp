@@ -5,8 +5,8 @@
 #include "TQPersistence/SecretAccounts.hpp"
 #include "TQPersistence/SecretsStore.hpp"
 #include "TQPersistence/Settings.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/JSON.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/JSON/JSON.hpp"
 
 namespace tq::test {
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "TQCore/Models/Job.hpp"
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq::describe {
 

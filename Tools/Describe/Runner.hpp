@@ -13,7 +13,7 @@
 #include "TQPersistence/Settings.hpp"
 #include "TQPipeline/JobStages.hpp"
 #include "TQPipeline/WorkQueue.hpp"
-#include "TQPlatform/EventLoop.hpp"
+#include "TQPlatform/Concurrency/EventLoop.hpp"
 #include "Tools/Describe/ProgressDisplay.hpp"
 #include "Tools/Describe/Worklist.hpp"
 #include "Tools/Shared/CommandLine.hpp"

@@ -4,11 +4,11 @@
 #include <stdexcept>
 
 #include "TQCore/TQError.hpp"
-#include "TQDescription/LibraryModel.hpp"
-#include "TQDescription/LibraryTexts.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQDescription/Library/LibraryModel.hpp"
+#include "TQDescription/Library/LibraryTexts.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 #include "Tools/Library/SemanticSearch.hpp"
 #include "Tools/Shared/PlainText.hpp"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "TQDescription/LoadedSidecar.hpp"
+#include "TQDescription/Library/LoadedSidecar.hpp"
 #include "Tools/Library/Runner.hpp"
 
 namespace tq::library {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "TQDescription/Export/LibraryExport.hpp"
-#include "TQDescription/Facets.hpp"
+#include "TQDescription/Search/Facets.hpp"
 #include "TQPersistence/Settings.hpp"
 
 namespace tq::library {

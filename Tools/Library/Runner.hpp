@@ -8,8 +8,8 @@
 
 #include "TQFrames/FFmpegBridge.hpp"
 #include "TQPersistence/AppSupportPaths.hpp"
-#include "TQPlatform/Clock.hpp"
-#include "TQPlatform/URLSession.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
+#include "TQPlatform/Network/URLSession.hpp"
 #include "Tools/Library/Options.hpp"
 #include "Tools/Shared/CommandLine.hpp"
 

@@ -4,12 +4,12 @@
 #include <optional>
 
 #include "TQCore/TQError.hpp"
-#include "TQDescription/LibraryModel.hpp"
-#include "TQDescription/LibraryTexts.hpp"
-#include "TQDescription/SemanticIndex.hpp"
+#include "TQDescription/Library/LibraryModel.hpp"
+#include "TQDescription/Library/LibraryTexts.hpp"
+#include "TQDescription/Semantic/SemanticIndex.hpp"
 #include "TQPersistence/SecretsStore.hpp"
 #include "TQPersistence/Settings.hpp"
-#include "TQPlatform/Cancelled.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
 #include "TQVision/ConfiguredEmbedder.hpp"
 
 namespace tq::library {

@@ -4,7 +4,7 @@
 #include <stop_token>
 #include <vector>
 
-#include "TQDescription/PreparedLibrary.hpp"
+#include "TQDescription/Library/PreparedLibrary.hpp"
 #include "Tools/Library/Clips.hpp"
 
 namespace tq::library {

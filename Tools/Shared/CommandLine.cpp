@@ -1,7 +1,7 @@
 #include "Tools/Shared/CommandLine.hpp"
 
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/WebURL.hpp"
+#include "TQPlatform/Network/WebURL.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq::tools {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq::tools {
 

@@ -13,7 +13,7 @@
 #include "TQCore/RawValue.hpp"
 #include "TQCore/RecordJSON.hpp"
 #include "TQCore/Shared.hpp"
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 #include "TQPlatform/UUID.hpp"
 
 namespace tq {

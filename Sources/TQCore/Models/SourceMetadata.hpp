@@ -5,7 +5,7 @@
 #include <string>
 
 #include "TQCore/RecordJSON.hpp"
-#include "TQPlatform/Clock.hpp"
+#include "TQPlatform/Concurrency/Clock.hpp"
 
 namespace tq {
 

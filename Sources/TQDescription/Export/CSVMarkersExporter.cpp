@@ -1,7 +1,7 @@
 #include "TQDescription/Export/CSVMarkersExporter.hpp"
 
 #include "TQDescription/Export/Timecode.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -4,11 +4,11 @@
 
 #include "TQCore/TQError.hpp"
 #include "TQDescription/SidecarNames.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/Files.hpp"
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/ScratchFolder.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/FileSystem/Files.hpp"
+#include "TQPlatform/FileSystem/ScratchFolder.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

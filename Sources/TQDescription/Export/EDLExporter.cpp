@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "TQDescription/Export/Timecode.hpp"
-#include "TQPlatform/NumberText.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

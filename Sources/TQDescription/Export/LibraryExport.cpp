@@ -5,7 +5,7 @@
 #include "TQDescription/Export/CSVMarkersExporter.hpp"
 #include "TQDescription/Export/EDLExporter.hpp"
 #include "TQDescription/Export/FCPXMLExporter.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

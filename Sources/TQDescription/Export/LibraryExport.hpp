@@ -8,7 +8,7 @@
 
 #include "TQCore/RawValue.hpp"
 #include "TQDescription/Export/ExportItem.hpp"
-#include "TQDescription/LoadedSidecar.hpp"
+#include "TQDescription/Library/LoadedSidecar.hpp"
 
 namespace tq {
 

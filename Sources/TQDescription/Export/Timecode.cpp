@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "TQCore/ValueCodec.hpp"
-#include "TQPlatform/NumberText.hpp"
+#include "TQPlatform/Text/NumberText.hpp"
 
 namespace tq {
 

@@ -1,6 +1,6 @@
 #include "TQDescription/Export/XMLText.hpp"
 
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq {
 

@@ -3,7 +3,7 @@
 
 #include "TQCore/Models/DescriptionResult.hpp"
 #include "TQCore/RecordJSON.hpp"
-#include "TQPlatform/DateText.hpp"
+#include "TQPlatform/Text/DateText.hpp"
 
 namespace tq {
 namespace {

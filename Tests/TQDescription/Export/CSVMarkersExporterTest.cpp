@@ -3,7 +3,7 @@
 
 #include "ExportFixture.hpp"
 #include "TQDescription/Export/CSVMarkersExporter.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq::test {
 namespace {

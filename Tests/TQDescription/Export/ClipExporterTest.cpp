@@ -12,9 +12,9 @@
 #include "TQCore/TQError.hpp"
 #include "TQDescription/Export/ClipExporter.hpp"
 #include "TQFrames/FFmpegBridge.hpp"
-#include "TQPlatform/Cancelled.hpp"
-#include "TQPlatform/ChildProcess.hpp"
-#include "TQPlatform/SystemError.hpp"
+#include "TQPlatform/Concurrency/Cancelled.hpp"
+#include "TQPlatform/FileSystem/SystemError.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 
 namespace tq::test {
 namespace {

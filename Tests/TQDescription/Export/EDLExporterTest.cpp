@@ -4,7 +4,7 @@
 
 #include "ExportFixture.hpp"
 #include "TQDescription/Export/EDLExporter.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 
 namespace tq::test {
 namespace {

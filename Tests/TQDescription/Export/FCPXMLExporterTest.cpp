@@ -5,7 +5,7 @@
 #include "ExportFixture.hpp"
 #include "TQCore/FileURL.hpp"
 #include "TQDescription/Export/FCPXMLExporter.hpp"
-#include "TQPlatform/Unicode.hpp"
+#include "TQPlatform/Text/Unicode.hpp"
 #include "XMLDocument.hpp"
 
 namespace tq::test {

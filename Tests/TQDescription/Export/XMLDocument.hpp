@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TQPlatform/ChildProcess.hpp"
+#include "TQPlatform/Process/ChildProcess.hpp"
 
 namespace tq::test {
 

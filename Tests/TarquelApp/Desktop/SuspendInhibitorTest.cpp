@@ -7,7 +7,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "TQPlatform/Descriptor.hpp"
+#include "TQPlatform/FileSystem/Descriptor.hpp"
 #include "TarquelApp/Desktop/PrivateBus.hpp"
 #include "TarquelApp/Desktop/SuspendInhibitor.hpp"
 #include "TarquelApp/Turning.hpp"
