@@ -50,6 +50,12 @@ const RoleEntry* entryOf(int role) {
   return role >= JobListModel::jobID && index < roleTable.size() ? &roleTable[index] : nullptr;
 }
 
+/// Made of the clip alone.
+bool isOfClip(JobListModel::Role role) {
+  return role == JobListModel::jobID || role == JobListModel::sourceURL || role == JobListModel::uriList ||
+         role == JobListModel::fileName;
+}
+
 }  // namespace
 
 void JobListModel::show(const JobList& list) {
@@ -145,9 +151,11 @@ void JobListModel::rowWasReplaced(std::size_t row, const Job& before, const Job&
     Q_EMIT sectionWillChange(qtText(after.id.text()));
     move(row, from, to);
   }
+  // The one is a copy of the other, but for a few members: most roles need not be made to be compared.
+  const bool isSameClip = before.id == after.id && before.sourceURL == after.sourceURL;
   QList<int> changed;
   for (const RoleEntry& entry : roleTable)
-    if (entry.read(before) != entry.read(after)) changed.append(entry.role);
+    if (!(isSameClip && isOfClip(entry.role)) && entry.read(before) != entry.read(after)) changed.append(entry.role);
   const QModelIndex place = index(static_cast<int>(placeOf(row, to)));
   if (!changed.isEmpty()) Q_EMIT dataChanged(place, place, changed);
   Q_EMIT jobReplaced(after.id);
