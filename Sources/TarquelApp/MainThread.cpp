@@ -10,8 +10,8 @@ namespace tq {
 
 namespace {
 
-/// A third of the time of a picture at 60 in a second: the rest is for what the views make of it, and for drawing.
-constexpr qint64 sliceMilliseconds = 5;
+/// A quarter of the time of a picture at 60 in a second: the rest is for what the views make of it, and for drawing.
+constexpr qint64 sliceMilliseconds = 4;
 
 }  // namespace
 
