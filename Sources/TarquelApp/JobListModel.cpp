@@ -13,6 +13,16 @@ namespace tq {
 
 namespace {
 
+/// A row shows one line of a text, and laying out a longer one costs its whole length.
+QString lineOf(std::string_view text) {
+  constexpr std::size_t most = 1000;
+  if (text.size() <= most) return qtText(text);
+  std::size_t end = most;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)
+    --end;
+  return qtText(text.substr(0, end)) + u'\u2026';
+}
+
 struct RoleEntry {
   JobListModel::Role role;
   std::string_view name;
@@ -35,12 +45,12 @@ constexpr auto roleTable = std::to_array<RoleEntry>({
      [](const Job& job) -> QVariant { return qtText(rawValue(wordsOf(job.status).section)); }},
     {JobListModel::progress, "progress", [](const Job& job) -> QVariant { return job.progress; }},
     {JobListModel::isWorking, "isWorking", [](const Job& job) -> QVariant { return wordsOf(job.status).isWorking; }},
-    {JobListModel::error, "error", [](const Job& job) -> QVariant { return qtText(job.error.value_or("")); }},
+    {JobListModel::error, "error", [](const Job& job) -> QVariant { return lineOf(job.error.value_or("")); }},
     {JobListModel::badge, "badge", [](const Job& job) -> QVariant { return qtText(nameOf(job.badge().kind)); }},
-    {JobListModel::badgeHelp, "badgeHelp", [](const Job& job) -> QVariant { return qtText(helpTextOf(job.badge())); }},
+    {JobListModel::badgeHelp, "badgeHelp", [](const Job& job) -> QVariant { return lineOf(helpTextOf(job.badge())); }},
     {JobListModel::modelId, "modelId",
      [](const Job& job) -> QVariant { return job.engineSnapshot ? qtText(job.engineSnapshot->modelId) : QString(); }},
-    {JobListModel::oneLine, "oneLine", [](const Job& job) -> QVariant { return qtText(oneLineOf(job)); }},
+    {JobListModel::oneLine, "oneLine", [](const Job& job) -> QVariant { return lineOf(oneLineOf(job)); }},
     {JobListModel::canRetry, "canRetry", [](const Job& job) -> QVariant { return wordsOf(job.status).canRetry; }},
     {JobListModel::canCancel, "canCancel", [](const Job& job) -> QVariant { return wordsOf(job.status).canCancel; }},
 });
