@@ -8,7 +8,7 @@
 #include <functional>
 #include <optional>
 
-#include "TQPlatform/SerialQueue.hpp"
+#include "TQPlatform/Concurrency/SerialQueue.hpp"
 
 namespace tq {
 
