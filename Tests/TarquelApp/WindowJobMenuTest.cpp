@@ -1,5 +1,6 @@
 // What a user does with one job: select it, choose from its menu, look at its clip, drag it out.
 
+#include <QGuiApplication>
 #include <QQmlProperty>
 #include <QTest>
 #include <QtQml>
@@ -51,6 +52,27 @@ class WindowJobMenu : public testing::Test, protected test::WindowHarness {
   QQuickWindow& preview() {
     turnUntil([&] { return otherWindow("quickLook") != nullptr; });
     return *otherWindow("quickLook");
+  }
+
+  void expectNoPicture() {
+    expectSoon([&] { return preview().findChild<QQuickItem*>(QStringLiteral("noPicture"))->isVisible(); }, true);
+  }
+
+  /// Opens the menu of the selected row with its key, goes down so many entries, and chooses that one.
+  void chooseByKeyboard(const std::string& entry, int down) {
+    press(Qt::Key_Menu);
+    turnUntil([&] { return !menuEntries().empty(); });
+    for (int time = 0; time < down; ++time)
+      press(Qt::Key_Down);
+    EXPECT_TRUE(labelled(entry).property("highlighted").toBool()) << entry;
+    press(Qt::Key_Return);
+    expectSoon([&] { return menuEntries(); }, IsEmpty());
+  }
+
+  /// Puts the keyboard into the main window.
+  void comeBack() {
+    window().requestActivate();
+    turnUntil([&] { return QGuiApplication::focusWindow() == &window(); });
   }
 
   void expectNoPreview() {
@@ -217,6 +239,143 @@ TEST_F(WindowJobMenu, OpensByTheKeyboardToo) {
   expectSoon([&] { return menuEntries(); }, IsEmpty());
   press(Qt::Key_F10, Qt::ShiftModifier);
   expectSoon([&] { return menuEntries(); }, ElementsAre("Retry", "Quick Look", "Show in Finder"));
+}
+
+TEST_F(WindowJobMenu, RetryRunsTheJobAgain) {
+  launchWithThree();
+  clips.answer("a.mov", test::goodAnswer());
+  openJobMenu("a.mov");
+  choose("Retry");
+  turnUntilStatus("a.mov", done);
+  EXPECT_EQ(state().jobList().size(), 3U) << "the same job";
+  EXPECT_EQ(job("b.mov").status, failed);
+  EXPECT_EQ(job("c.mov").status, failed);
+}
+
+TEST_F(WindowJobMenu, RetryIsThereForACancelledJobToo) {
+  launch();
+  clips.hold("a.mov", calling);
+  drop("a.mov", calling);
+  turnUntilRowsAre(1);
+  openJobMenu("a.mov");
+  choose("Cancel");
+  turnUntilStatus("a.mov", cancelled);
+  clips.letGo("a.mov");
+  openJobMenu("a.mov");
+  choose("Retry");
+  turnUntilStatus("a.mov", done);
+}
+
+TEST_F(WindowJobMenu, QuickLookLooksAtTheClipOfTheRow) {
+  launchWithThree();
+  const test::ExpectedQtWarning noClip(QStringLiteral("no picture"));
+  openJobMenu("c.mov");
+  choose("Quick Look");
+  EXPECT_EQ(preview().title(), QStringLiteral("c.mov"));
+  expectNoPicture();
+  QTest::keyClick(&preview(), Qt::Key_Escape);
+  expectNoPreview();
+}
+
+TEST_F(WindowJobMenu, IsGoneThroughWithTheArrowKeysAndReturnChooses) {
+  launchWithThree();
+  clips.answer("b.mov", test::goodAnswer());
+  chooseByKeyboard("Show in Finder", 3);
+  EXPECT_THAT(shownInFileManager, ElementsAre(engine.folder / "b.mov"));
+  const test::ExpectedQtWarning noClip(QStringLiteral("no picture"));
+  chooseByKeyboard("Quick Look", 2);
+  EXPECT_EQ(preview().title(), QStringLiteral("b.mov"));
+  expectNoPicture();
+  QTest::keyClick(&preview(), Qt::Key_Space);
+  expectNoPreview();
+  comeBack();
+  chooseByKeyboard("Retry", 1);
+  turnUntilStatus("b.mov", done);
+}
+
+TEST_F(WindowJobMenu, TheArrowKeysPassOverWhatTheStatusDoesNotOffer) {
+  launch();
+  clips.hold("a.mov", calling);
+  drop("a.mov", calling);
+  turnUntilRowsAre(1);
+  click(row("a.mov"));
+  chooseByKeyboard("Cancel", 1);
+  turnUntilStatus("a.mov", cancelled);
+}
+
+TEST_F(WindowJobMenu, ALeftClickOpensNoMenu) {
+  launchWithThree();
+  click(row("a.mov"));
+  picture();
+  EXPECT_THAT(menuEntries(), IsEmpty());
+}
+
+/// The look at a clip whose picture cannot be had, or can.
+class WindowQuickLook : public WindowJobMenu {
+ protected:
+  void lookAt(const QUrl& clip) {
+    launch();
+    letGo({clip});
+    turnUntilCount(1);
+    turnUntil([&] { return isTerminal(job(0).status); });
+    turnUntilRowsAre(1);
+    click("queueRow");
+    press(Qt::Key_Space);
+    preview();
+  }
+};
+
+TEST_F(WindowQuickLook, ShowsAClipOfAnyName) {
+  lookAt(realClip("100% #1?\xff %41 ä.mp4"));
+  expectSoon([&] { return preview().findChild<QQuickItem*>(QStringLiteral("poster"))->property("status").toInt(); },
+             1);  // Image.Ready
+  EXPECT_EQ(preview().title(), QStringLiteral("100% #1?\uFFFD %41 ä.mp4"));
+}
+
+TEST_F(WindowQuickLook, SaysThatThereIsNoPictureOfAnEmptyClip) {
+  const test::ExpectedQtWarning noClip(QStringLiteral("no picture"));
+  lookAt(qtFileURL(engine.folder.write("empty.mp4", "")));
+  expectNoPicture();
+}
+
+TEST_F(WindowQuickLook, SaysThatThereIsNoPictureOfWhatIsNoVideo) {
+  const test::ExpectedQtWarning noClip(QStringLiteral("no picture"));
+  lookAt(qtFileURL(engine.folder.write("text.mp4", std::string(4096, 'x'))));
+  expectNoPicture();
+}
+
+TEST_F(WindowQuickLook, SaysThatThereIsNoPictureOfAClipThatIsGone) {
+  const test::ExpectedQtWarning noClip(QStringLiteral("no picture"));
+  launch();
+  clips.hold("gone.mp4", calling);
+  letGo({realClip("gone.mp4")});
+  turnUntilCount(1);
+  turnUntilStatus(0, calling);
+  std::filesystem::remove(engine.folder / "gone.mp4");
+  turnUntilRowsAre(1);
+  click("queueRow");
+  press(Qt::Key_Space);
+  expectNoPicture();
+}
+
+TEST_F(WindowQuickLook, TheSpaceBarIsForTheSelectedJobAloneAndClosesWhatIsOpen) {
+  const test::ExpectedQtWarning noClip(QStringLiteral("no picture"));
+  launchWithThree();
+  press(Qt::Key_Space);
+  EXPECT_EQ(preview().title(), QStringLiteral("b.mov"));
+  expectNoPicture();
+  comeBack();
+  press(Qt::Key_Space);
+  expectNoPreview();
+}
+
+TEST_F(WindowQuickLook, WithNothingSelectedNothingHappens) {
+  launchWithThree();
+  state().setSelectedJobID({});
+  press(Qt::Key_Space);
+  expectNoPreview();
+  press(Qt::Key_Menu);
+  EXPECT_THAT(menuEntries(), IsEmpty());
 }
 
 }  // namespace

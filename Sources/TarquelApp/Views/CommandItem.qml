@@ -8,7 +8,15 @@ MenuItem {
 
     readonly property string keys: action && typeof action.shortcut === "string" ? action.shortcut : ""
 
+    // Entries that are not offered are passed over by the arrow keys as well, which look for what may have the focus.
+    property bool offered: true
+    visible: offered
     height: visible ? implicitHeight : 0
+    Binding on activeFocusOnTab {
+        value: item.offered
+        when: !item.activeFocus
+        restoreMode: Binding.RestoreNone
+    }
     implicitHeight: 30
     leftPadding: 12
     rightPadding: 12

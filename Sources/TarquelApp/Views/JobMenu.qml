@@ -10,12 +10,12 @@ CommandMenu {
 
     CommandItem {
         text: "Retry"
-        visible: menu.job.canRetry
+        offered: menu.job.canRetry
         onTriggered: menu.job.retry()
     }
     CommandItem {
         text: "Cancel"
-        visible: menu.job.canCancel
+        offered: menu.job.canCancel
         onTriggered: menu.job.cancel()
     }
     CommandItem {

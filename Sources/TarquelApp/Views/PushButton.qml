@@ -15,7 +15,7 @@ Button {
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true  // also where no theme of the desktop says so
     Accessible.name: text
-    Accessible.onPressAction: button.clicked()
+    Accessible.onPressAction: if (enabled) button.clicked()
 
     background: Rectangle {
         implicitHeight: 28
