@@ -6,7 +6,6 @@
 #include <QDragMoveEvent>
 #include <QDropEvent>
 #include <QGuiApplication>
-#include <QMimeData>
 #include <QTest>
 #include <algorithm>
 #include <functional>
@@ -173,9 +172,7 @@ void WindowHarness::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
   QTest::keyClick(&window(), key, modifiers);
 }
 
-bool WindowHarness::dragOver(const QList<QUrl>& urls, QPointF place) {
-  QMimeData data;
-  data.setUrls(urls);
+bool WindowHarness::dragOver(const QMimeData& data, QPointF place) {
   const QPoint point(qRound(window().width() * place.x()), qRound(window().height() * place.y()));
   QDragEnterEvent enter(point, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QCoreApplication::sendEvent(&window(), &enter);
@@ -184,14 +181,24 @@ bool WindowHarness::dragOver(const QList<QUrl>& urls, QPointF place) {
   return move.isAccepted();
 }
 
-bool WindowHarness::letGo(const QList<QUrl>& urls, QPointF place) {
-  const bool wouldTake = dragOver(urls, place);
-  QMimeData data;
-  data.setUrls(urls);
+bool WindowHarness::letGo(const QMimeData& data, QPointF place) {
+  const bool wouldTake = dragOver(data, place);
   QDropEvent drop(QPointF(window().width() * place.x(), window().height() * place.y()), Qt::CopyAction, &data,
                   Qt::LeftButton, Qt::NoModifier);
   QCoreApplication::sendEvent(&window(), &drop);
   return wouldTake && drop.isAccepted();
+}
+
+bool WindowHarness::dragOver(const QList<QUrl>& urls, QPointF place) {
+  QMimeData data;
+  data.setUrls(urls);
+  return dragOver(data, place);
+}
+
+bool WindowHarness::letGo(const QList<QUrl>& urls, QPointF place) {
+  QMimeData data;
+  data.setUrls(urls);
+  return letGo(data, place);
 }
 
 void WindowHarness::leave() {
@@ -216,6 +223,18 @@ void WindowHarness::drop(const std::string& name) {
 void WindowHarness::drop(const std::string& name, JobStatus status) {
   drop(name);
   turnUntilStatus(name, status);
+}
+
+std::vector<std::string> WindowHarness::clipsOnceAllAreIn() {
+  const std::string last = "last of all.mov";
+  state_->enqueue({clip(last)});
+  turnUntil(
+      [&] { return !state_->jobList().empty() && state_->jobList().rows().back()->sourceURL.filename() == last; });
+  std::vector<std::string> names;
+  for (const JobList::Row& job : state_->jobList().rows())
+    names.push_back(std::filesystem::relative(job->sourceURL, engine.folder.path()));
+  names.pop_back();
+  return names;
 }
 
 const Job* WindowHarness::find(const std::string& name) const {

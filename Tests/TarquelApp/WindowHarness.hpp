@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QList>
+#include <QMimeData>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QString>
@@ -88,6 +89,8 @@ class WindowHarness {
   /// there; true when they were taken. `leave` takes them away again.
   bool dragOver(const QList<QUrl>& urls, QPointF place = {0.5, 0.5});
   bool letGo(const QList<QUrl>& urls, QPointF place = {0.5, 0.5});
+  bool dragOver(const QMimeData& data, QPointF place = {0.5, 0.5});
+  bool letGo(const QMimeData& data, QPointF place = {0.5, 0.5});
   void leave();
 
   /// A small file with that name, in a folder of the test.
@@ -101,6 +104,10 @@ class WindowHarness {
 
   /// Drops it, and waits until its job has that status.
   void drop(const std::string& name, JobStatus status);
+
+  /// The clips of the queue, by their paths in the test's folder, once one more, which is dropped now, has come in: by
+  /// then all before it have. It is not among them.
+  std::vector<std::string> clipsOnceAllAreIn();
 
   const Job& job(std::size_t row) const { return state_->jobList()[row]; }
 

@@ -20,6 +20,8 @@ Item {
         anchors.fill: parent
         enabled: content.app.mode === "Queue" && content.visible
         keys: ["text/uri-list"]
+        // A row that is let go over its own queue is not meant as another job.
+        onEntered: drag => { if (drag.formats.includes("application/x-tarquel-job")) drag.accepted = false }
         onDropped: drop => {
             if (!drop.hasUrls)
                 return
