@@ -24,7 +24,7 @@ class DesktopStatus : public QObject {
   AppState& app_;
   LauncherEntry& launcher_;
   SuspendInhibitor& inhibitor_;
-  QTimer pause_;
+  QTimer pause_{this};
 };
 
 }  // namespace tq

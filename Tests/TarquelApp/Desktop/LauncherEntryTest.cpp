@@ -1,18 +1,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
-#include <memory>
 
+#include "TarquelApp/Desktop/FakeDesktop.hpp"
 #include "TarquelApp/Desktop/LauncherEntry.hpp"
-#include "TarquelApp/Desktop/PrivateBus.hpp"
 #include "TarquelApp/Turning.hpp"
 
 namespace tq {
 namespace {
 
+using test::clearedInDock;
+using test::Dock;
 using test::FakeService;
 using test::noBus;
 using test::PrivateBus;
+using test::shownInDock;
 using test::turnUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -20,58 +22,6 @@ using testing::SizeIs;
 
 constexpr std::chrono::milliseconds atOnce(0);
 constexpr std::chrono::hours never(1);
-
-struct Update {
-  QString uri;
-  qint64 count;
-  bool countVisible;
-  double progress;
-  bool progressVisible;
-  bool operator==(const Update&) const = default;
-};
-
-void PrintTo(const Update& update, std::ostream* out) {
-  *out << update.uri.toStdString() << " " << update.count << " " << update.countVisible << " " << update.progress << " "
-       << update.progressVisible;
-}
-
-/// A dock that listens.
-class Dock : public QObject {
-  Q_OBJECT
-
- public:
-  explicit Dock(PrivateBus& bus) : connection(bus.connect()) {
-    const QString anyService, anyPath;
-    connection.connect(anyService, anyPath, QStringLiteral("com.canonical.Unity.LauncherEntry"),
-                       QStringLiteral("Update"), this, SLOT(update(QString, QVariantMap)));
-    PrivateBus::flush(connection);
-  }
-
-  /// Until it has all that this connection has sent.
-  void settle(const QDBusConnection& sender) {
-    PrivateBus::flush(sender);
-    PrivateBus::flush(connection);
-    QCoreApplication::processEvents();
-  }
-
-  QDBusConnection connection;
-  std::vector<Update> updates;
-
- public Q_SLOTS:
-  void update(const QString& uri, const QVariantMap& properties) {
-    const auto value = [&](const char* key) { return properties.value(QLatin1String(key)); };
-    EXPECT_EQ(value("count").typeId(), QMetaType::LongLong);
-    EXPECT_EQ(value("progress").typeId(), QMetaType::Double);
-    updates.push_back({uri, value("count").toLongLong(), value("count-visible").toBool(), value("progress").toDouble(),
-                       value("progress-visible").toBool()});
-  }
-};
-
-Update shown(qint64 count, double progress) {
-  return {QStringLiteral("application://org.tarquel.Tarquel.desktop"), count, true, progress, true};
-}
-
-const Update cleared{QStringLiteral("application://org.tarquel.Tarquel.desktop"), 0, false, 0, false};
 
 class LauncherEntryTest : public testing::Test {
  protected:
@@ -84,7 +34,7 @@ TEST_F(LauncherEntryTest, TellsTheCountAndTheProgress) {
   LauncherEntry entry(connection);
   entry.show(3, 0.25);
   dock.settle(connection);
-  EXPECT_THAT(dock.updates, ElementsAre(shown(3, 0.25)));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(3, 0.25)));
 }
 
 TEST_F(LauncherEntryTest, NoJobsClearBadgeAndBar) {
@@ -93,7 +43,7 @@ TEST_F(LauncherEntryTest, NoJobsClearBadgeAndBar) {
   turnUntil([&] { return dock.updates.size() == 1; });
   entry.show(0, 1);
   turnUntil([&] { return dock.updates.size() == 2; });
-  EXPECT_EQ(dock.updates.back(), cleared);
+  EXPECT_EQ(dock.updates.back(), clearedInDock());
 }
 
 TEST_F(LauncherEntryTest, SaysNothingBeforeThereIsAJob) {
@@ -115,7 +65,7 @@ TEST_F(LauncherEntryTest, WhatLooksTheSameIsNotToldAgain) {
   entry.show(2, 0.51);
   turnUntil([&] { return dock.updates.size() == 2; });
   dock.settle(connection);
-  EXPECT_THAT(dock.updates, ElementsAre(shown(2, 0.5), shown(2, 0.51)));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(2, 0.5), shownInDock(2, 0.51)));
 }
 
 TEST_F(LauncherEntryTest, OfQuickChangesTheFirstGoesOutAtOnceAndThenTheLast) {
@@ -124,7 +74,7 @@ TEST_F(LauncherEntryTest, OfQuickChangesTheFirstGoesOutAtOnceAndThenTheLast) {
     entry.show(1, percent / 100.0);
   turnUntil([&] { return dock.updates.size() == 2; });
   dock.settle(connection);
-  EXPECT_THAT(dock.updates, ElementsAre(shown(1, 0.01), shown(1, 1)));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(1, 0.01), shownInDock(1, 1)));
 }
 
 TEST_F(LauncherEntryTest, NothingMoreGoesOutBeforeTheIntervalIsOver) {
@@ -146,7 +96,7 @@ TEST_F(LauncherEntryTest, AChangeThatIsTakenBackWithinTheIntervalIsNotTold) {
   QTimer::singleShot(2, Qt::PreciseTimer, &entry, [&] { isOver = true; });  // due after the entry's own
   turnUntil([&] { return isOver; });
   dock.settle(connection);
-  EXPECT_THAT(dock.updates, ElementsAre(shown(1, 0.1)));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(1, 0.1)));
 }
 
 TEST_F(LauncherEntryTest, ProgressOutsideItsRangeIsBroughtIntoIt) {
@@ -155,7 +105,8 @@ TEST_F(LauncherEntryTest, ProgressOutsideItsRangeIsBroughtIntoIt) {
     entry.show(1, progress);
   }
   dock.settle(connection);
-  EXPECT_THAT(dock.updates, ElementsAre(shown(1, 0), cleared, shown(1, 1), cleared, shown(1, 0), cleared));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(1, 0), clearedInDock(), shownInDock(1, 1), clearedInDock(),
+                                        shownInDock(1, 0), clearedInDock()));
 }
 
 TEST_F(LauncherEntryTest, ItsEndClearsWhatIsShownEvenWithinTheInterval) {
@@ -164,7 +115,7 @@ TEST_F(LauncherEntryTest, ItsEndClearsWhatIsShownEvenWithinTheInterval) {
     entry.show(4, 0.5);
   }
   dock.settle(connection);
-  EXPECT_THAT(dock.updates, ElementsAre(shown(4, 0.5), cleared));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(4, 0.5), clearedInDock()));
 }
 
 TEST_F(LauncherEntryTest, ALauncherThatComesLaterIsTold) {
@@ -173,7 +124,7 @@ TEST_F(LauncherEntryTest, ALauncherThatComesLaterIsTold) {
   PrivateBus::flush(connection);  // the bus knows by now that this connection waits for the launcher
   FakeService launcher(bus, QStringLiteral("com.canonical.Unity"));
   turnUntil([&] { return dock.updates.size() == 2; });
-  EXPECT_THAT(dock.updates, ElementsAre(shown(1, 0.5), shown(1, 0.5)));
+  EXPECT_THAT(dock.updates, ElementsAre(shownInDock(1, 0.5), shownInDock(1, 0.5)));
 }
 
 TEST_F(LauncherEntryTest, ABusThatEndsIsNoHarm) {
@@ -192,5 +143,3 @@ TEST(LauncherEntryWithoutABus, IsSilent) {
 
 }  // namespace
 }  // namespace tq
-
-#include "LauncherEntryTest.moc"

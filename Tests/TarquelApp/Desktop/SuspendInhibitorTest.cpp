@@ -1,14 +1,8 @@
 #include <QDBusObjectPath>
-#include <QDBusUnixFileDescriptor>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <optional>
-#include <poll.h>
-#include <unistd.h>
 
-#include "TQPlatform/FileSystem/Descriptor.hpp"
-#include "TarquelApp/Desktop/PrivateBus.hpp"
+#include "TarquelApp/Desktop/FakeDesktop.hpp"
 #include "TarquelApp/Desktop/SuspendInhibitor.hpp"
 #include "TarquelApp/Turning.hpp"
 
@@ -16,6 +10,7 @@ namespace tq {
 namespace {
 
 using test::FakeService;
+using test::LoginManager;
 using test::noBus;
 using test::PrivateBus;
 using test::turnUntil;
@@ -46,38 +41,21 @@ class Portal : public FakeService {
   static inline const QString handle = QStringLiteral("/org/freedesktop/portal/desktop/request/1_5/t");
 };
 
-/// A login manager on the system bus, which knows by the other end of a pipe whether its inhibitor is held.
-class LoginManager : public FakeService {
- public:
-  explicit LoginManager(PrivateBus& bus) : FakeService(bus, QStringLiteral("org.freedesktop.login1")) {
-    answer = [this](const QDBusMessage& call) { return grant(call); };
-  }
-
-  QDBusMessage grant(const QDBusMessage& call) {
-    int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    lastGiven_ = Descriptor(ends[0]);
-    const Descriptor given(ends[1]);
-    return call.createReply(QVariant::fromValue(QDBusUnixFileDescriptor(given.get())));
-  }
-
-  /// The bus and the connections to it let go of their copies of a descriptor a little after it has been passed on.
-  void turnUntilReleased() const {
-    turnUntil([this] { return !isHeld(); });
-  }
-
-  /// Whether somebody holds the inhibitor that was given last.
-  bool isHeld() const {
-    pollfd end{.fd = lastGiven_.get(), .events = POLLIN, .revents = 0};
-    return ::poll(&end, 1, 0) == 0;
-  }
-
- private:
-  Descriptor lastGiven_;
-};
-
 class SuspendInhibitorTest : public testing::Test {
  protected:
+  /// The inhibitor is wanted, and this service is asked for it.
+  void activate(const FakeService& asked) {
+    inhibitor.setActive(true);
+    turnUntilAsked(asked);
+  }
+
+  /// The portal answers the only question so far, and all that follows from it has happened.
+  void answerLate(Portal& portal, const QDBusMessage& answer) {
+    portal.send(answer);
+    portal.settle(toSession);
+    portal.settle(toSession);
+  }
+
   static void turnUntilAsked(const FakeService& service, std::size_t times = 1) {
     turnUntil([&] { return service.callsOf(inhibit).size() >= times; });
   }
@@ -90,8 +68,7 @@ class SuspendInhibitorTest : public testing::Test {
 
 TEST_F(SuspendInhibitorTest, AsksThePortalNotToSuspendAndLeavesTheScreenAlone) {
   Portal portal(session);
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   const auto call = portal.callsOf(inhibit).at(0);
   EXPECT_EQ(call.path(), QStringLiteral("/org/freedesktop/portal/desktop"));
   EXPECT_EQ(call.interface(), QStringLiteral("org.freedesktop.portal.Inhibit"));
@@ -101,8 +78,7 @@ TEST_F(SuspendInhibitorTest, AsksThePortalNotToSuspendAndLeavesTheScreenAlone) {
 
 TEST_F(SuspendInhibitorTest, ReleasesThePortalsInhibitorWhenIdle) {
   Portal portal(session);
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   portal.settle(toSession);
   EXPECT_THAT(portal.callsOf(closeRequest), IsEmpty());
   inhibitor.setActive(false);
@@ -115,8 +91,7 @@ TEST_F(SuspendInhibitorTest, ReleasesThePortalsInhibitorWhenIdle) {
 TEST_F(SuspendInhibitorTest, LeavesTheLoginManagerAloneWhereThePortalHelps) {
   Portal portal(session);
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   portal.settle(toSession);
   inhibitor.setActive(false);
   login.settle(toSystem);
@@ -125,8 +100,7 @@ TEST_F(SuspendInhibitorTest, LeavesTheLoginManagerAloneWhereThePortalHelps) {
 
 TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWithoutAPortal) {
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(login);
+  activate(login);
   const auto call = login.callsOf(inhibit).at(0);
   EXPECT_EQ(call.path(), QStringLiteral("/org/freedesktop/login1"));
   EXPECT_EQ(call.interface(), QStringLiteral("org.freedesktop.login1.Manager"));
@@ -152,16 +126,14 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenThePortalRefuses) {
   Portal portal(session);
   portal.answer = refusal;
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(login);
+  activate(login);
 }
 
 TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenThePortalAnswersSomethingElse) {
   Portal portal(session);
   portal.answer = [](const QDBusMessage& call) { return call.createReply(QStringLiteral("/not/a/handle")); };
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(login);
+  activate(login);
   inhibitor.setActive(false);
   portal.settle(toSession);
   EXPECT_THAT(portal.callsOf(closeRequest), IsEmpty());
@@ -171,8 +143,7 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenThePortalEndsInsteadOfAnswer
   Portal portal(session);
   portal.answer = nullptr;
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   portal.vanish();
   turnUntilAsked(login);
 }
@@ -180,8 +151,7 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenThePortalEndsInsteadOfAnswer
 TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenThePortalEndsWithItsInhibitor) {
   Portal portal(session);
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   portal.settle(toSession);
   portal.vanish();
   turnUntilAsked(login);
@@ -199,8 +169,7 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerTooWhenThePortalIsSlowAndGivesBo
   login.settle(toSystem);
   EXPECT_TRUE(login.isHeld());
   turnUntilAsked(portal);
-  portal.send(Portal::grant(portal.callsOf(inhibit).at(0)));
-  portal.settle(toSession);
+  answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
   EXPECT_EQ(portal.heldAmong(1), 1u);
   impatient.setActive(false);
   login.turnUntilReleased();
@@ -211,20 +180,16 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerTooWhenThePortalIsSlowAndGivesBo
 TEST_F(SuspendInhibitorTest, AnAnswerOfThePortalThatComesWhenIdleIsGivenBack) {
   Portal portal(session);
   portal.answer = nullptr;
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   inhibitor.setActive(false);
-  portal.send(Portal::grant(portal.callsOf(inhibit).at(0)));
-  portal.settle(toSession);
-  portal.settle(toSession);
+  answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
   EXPECT_EQ(portal.heldAmong(1), 0u);
 }
 
 TEST_F(SuspendInhibitorTest, AnAnswerOfTheLoginManagerThatComesWhenIdleIsGivenBack) {
   LoginManager login(system);
   login.answer = nullptr;
-  inhibitor.setActive(true);
-  turnUntilAsked(login);
+  activate(login);
   inhibitor.setActive(false);
   login.send(login.grant(login.callsOf(inhibit).at(0)));
   login.settle(toSystem);
@@ -239,9 +204,7 @@ TEST_F(SuspendInhibitorTest, AnAnswerThatComesAfterItsEndIsGivenBack) {
     shortLived.setActive(true);
     turnUntilAsked(portal);
   }
-  portal.send(Portal::grant(portal.callsOf(inhibit).at(0)));
-  portal.settle(toSession);
-  portal.settle(toSession);
+  answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
   EXPECT_EQ(portal.heldAmong(1), 0u);
 }
 
@@ -251,8 +214,7 @@ TEST_F(SuspendInhibitorTest, QuickTogglesAskOnceAndHoldOne) {
   for (const bool active : {true, false, true, false, true})
     inhibitor.setActive(active);
   turnUntilAsked(portal);
-  portal.send(Portal::grant(portal.callsOf(inhibit).at(0)));
-  portal.settle(toSession);
+  answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
   EXPECT_THAT(portal.callsOf(inhibit), SizeIs(1));
   EXPECT_EQ(portal.heldAmong(1), 1u);
   inhibitor.setActive(false);
@@ -264,11 +226,9 @@ TEST_F(SuspendInhibitorTest, ARefusalThatComesWhenIdleAsksNobodyElse) {
   Portal portal(session);
   portal.answer = nullptr;
   LoginManager login(system);
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   inhibitor.setActive(false);
-  portal.send(refusal(portal.callsOf(inhibit).at(0)));
-  portal.settle(toSession);
+  answerLate(portal, refusal(portal.callsOf(inhibit).at(0)));
   login.settle(toSystem);
   EXPECT_THAT(login.callsOf(inhibit), IsEmpty());
 }
@@ -307,8 +267,7 @@ TEST_F(SuspendInhibitorTest, BothBusesMayEnd) {
   portal.answer = nullptr;
   LoginManager login(system);
   login.answer = nullptr;
-  inhibitor.setActive(true);
-  turnUntilAsked(portal);
+  activate(portal);
   session.stop();
   turnUntilAsked(login);
   system.stop();
