@@ -3,20 +3,27 @@
 #include <QDir>
 #include <QImage>
 #include <QPixmap>
+#include <QQuickTextureFactory>
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <set>
 
+#include "Support/ClipMaker.hpp"
 #include "TarquelApp/FrameShelf.hpp"
+#include "TarquelApp/Pictures/ClipPosters.hpp"
 #include "TarquelApp/Pictures/FramePictures.hpp"
 #include "TarquelApp/Pictures/IconPictures.hpp"
 #include "TarquelApp/ScriptedClips.hpp"
 #include "TarquelApp/Text.hpp"
+#include "TarquelApp/Turning.hpp"
 #include "TarquelApp/WindowHarness.hpp"
 
 namespace tq {
 namespace {
+
+namespace fs = std::filesystem;
 
 FrameShelf::Frames framesOf(const std::vector<Bytes>& pictures) {
   std::vector<ExtractedFrame> frames;
@@ -77,6 +84,70 @@ TEST_F(FramePicturesTest, WhatIsNotThereIsEmpty) {
   for (const QString& other :
        {number + QStringLiteral("/1"), QStringLiteral("99/0"), QString(), QStringLiteral("/"), QStringLiteral("a/b/c")})
     EXPECT_TRUE(picture(other).isNull()) << textOf(other);
+}
+
+class ClipPostersTest : public testing::Test {
+ protected:
+  /// The response to a request for the picture at an encoded address, once it is finished.
+  static std::unique_ptr<QQuickImageResponse> responseTo(const QByteArray& address, QSize size = {}) {
+    ClipPosters posters;  // whose end waits for what it was asked
+    return std::unique_ptr<QQuickImageResponse>(
+        posters.requestImageResponse(QString::fromLatin1(address.toPercentEncoding()), size));
+  }
+
+  /// The picture of a clip; null when there is none, which the response then says in words.
+  static QImage posterOf(const fs::path& clip, QSize size = {}) {
+    const auto response = responseTo(qtFileURL(clip).toEncoded(), size);
+    const std::unique_ptr<QQuickTextureFactory> texture(response->textureFactory());
+    const QImage image = texture ? texture->image() : QImage();
+    EXPECT_EQ(response->errorString().isEmpty(), !image.isNull());
+    return image;
+  }
+
+  fs::path video(const std::string& name) const {
+    return folder.write(name, test::contentOf(test::makeVideo(test::movingPicture(1), test::h264(), "mp4")));
+  }
+
+  test::TemporaryFolder folder;
+};
+
+TEST_F(ClipPostersTest, AClipOfAnyNameHasOne) {
+  for (const char* name : {"a.mp4", "a b.mp4", "100% #1?.mp4", "%41.mp4", "ä.mp4", "\xff.mp4", "a&b+c;d=e.mp4"})
+    EXPECT_FALSE(posterOf(video(name)).isNull()) << name;
+}
+
+TEST_F(ClipPostersTest, ItFitsIntoTheSizeThatIsAskedFor) {
+  const QImage whole = posterOf(video("a.mp4"));
+  const QImage small = posterOf(folder / "a.mp4", {64, 10});
+  EXPECT_EQ(std::max(small.width(), small.height()), 64) << "in its longer direction";
+  EXPECT_GT(whole.width(), small.width());
+}
+
+TEST_F(ClipPostersTest, WhatCannotBeReadHasNone) {
+  const fs::path clip = video("a.mp4");
+  const std::string content = test::contentOf(clip);
+  fs::create_directories(folder / "folder.mp4");
+  for (const fs::path& other :
+       {folder / "missing.mp4", folder.write("empty.mp4", ""), folder.write("text.mp4", "no clip"),
+        folder.write("beginning.mp4", content.substr(0, 100)), folder / "folder.mp4", fs::path("/dev/null")})
+    EXPECT_TRUE(posterOf(other).isNull()) << other;
+}
+
+TEST_F(ClipPostersTest, WhatIsNoLocalFileHasNone) {
+  for (const char* address : {"http://localhost/a.mp4", "", "a.mp4"}) {
+    EXPECT_FALSE(responseTo(address)->errorString().isEmpty()) << address;
+  }
+}
+
+TEST_F(ClipPostersTest, ThoseThatNobodyWaitsForAnyMoreAreNotMade) {
+  const QString address = QString::fromLatin1(qtFileURL(video("a.mp4")).toEncoded().toPercentEncoding());
+  std::vector<std::unique_ptr<QQuickImageResponse>> responses;
+  {
+    ClipPosters posters;
+    for (int time = 0; time < 3; ++time)
+      responses.emplace_back(posters.requestImageResponse(address, {}))->cancel();
+  }
+  EXPECT_FALSE(responses.back()->errorString().isEmpty());
 }
 
 TEST(IconPicturesTest, AnUnknownNameIsEmpty) {

@@ -260,6 +260,49 @@ TEST_F(WindowDetail, AnExtractionSaysSoWithABar) {
   EXPECT_FALSE(shows("elapsed"));
 }
 
+TEST_F(WindowDetail, AWaitingJobSaysSoWithABar) {
+  engine.settings.maxConcurrentJobs = 1;
+  save(engine.settings);
+  launch();
+  clips.hold("a.mov", calling);
+  drop("a.mov", calling);
+  drop("b.mov");
+  state().setSelectedJobID(qtText(job("b.mov").id.text()));
+  expectSoon([&] { return text("waitingLabel"); }, "Waiting in queue…");
+  EXPECT_EQ(progress("waitingProgress"), "0");
+  EXPECT_FALSE(shows("waitingSpinner"));
+  EXPECT_FALSE(shows("elapsed"));
+}
+
+TEST_F(WindowDetail, TheTabsHaveALabelThatIsNotShown) {
+  launch();
+  clips.hold("a.mov", extracting);
+  drop("a.mov", extracting);
+  EXPECT_EQ(text("viewPicker", "label"), "View");
+  EXPECT_EQ(item("viewPicker").property("choices").toStringList(),
+            QStringList({QStringLiteral("Markdown"), QStringLiteral("JSON"), QStringLiteral("Source")}));
+}
+
+TEST_F(WindowDetail, ShowInFinderStandsBesideTheName) {
+  launch();
+  clips.hold("a b.mov", extracting);
+  drop("a b.mov", extracting);
+  EXPECT_EQ(text("showInFinderButton"), "Show in Finder");
+  click("showInFinderButton");
+  EXPECT_THAT(shownInFileManager, ElementsAre(engine.folder / "a b.mov"));
+}
+
+TEST_F(WindowDetail, TheSourceTabCountsTheFacesWhereSomebodyLookedForThem) {
+  engine.stages.writeDescription = [](auto&&...) { return std::vector<fs::path>(); };
+  engine.stages.detectFaces = [](auto&&...) { return std::vector<FaceBox>(2); };
+  engine.settings.faceDetectionEnabled = true;
+  save(engine.settings);
+  launch();
+  drop("a.mov", done);
+  showTab("Source");
+  expectSoon([&] { return sourceRows(); }, Contains(Pair("Faces detected", testing::Not("0"))));
+}
+
 TEST_F(WindowDetail, WritingSaysSoWithABar) {
   launch();
   clips.hold("a.mov", writing);

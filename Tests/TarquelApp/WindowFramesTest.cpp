@@ -2,8 +2,11 @@
 
 #include <QQmlProperty>
 #include <QtQml>
+#include <algorithm>
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 
 #include "TarquelApp/QtWarnings.hpp"
 #include "TarquelApp/Text.hpp"
@@ -88,6 +91,17 @@ TEST_F(WindowFrames, TheyAreThereAsSoonAsTheModelIsAsked) {
   clips.hold("a.mov", calling);
   drop("a.mov", calling);
   expectSoon([&] { return text("framesTitle"); }, "Frames sent to model (2)");
+}
+
+TEST_F(WindowFrames, AThumbnailHasItsSizeAndItsTimecodeBelow) {
+  launchWithThree();
+  EXPECT_THAT(texts("frameTimecode"), ElementsAre("00:00:00.000", "00:01:01.500", "01:01:01.250"));
+  picture();
+  for (const QQuickItem* shown : items("framePicture")) {
+    EXPECT_EQ(shown->size(), QSizeF(140, 80));
+    const QQuickItem& caption = inside(*shown->parentItem()->parentItem(), "frameTimecode");
+    EXPECT_GE(caption.mapToScene({}).y(), shown->mapToScene({}).y() + 80);
+  }
 }
 
 TEST_F(WindowFrames, TheHelpSaysWhatAClickDoes) {
@@ -180,6 +194,82 @@ TEST_F(WindowFrames, TheArrowKeysGoFromFrameToFrame) {
   EXPECT_EQ(text("frameTitle"), "Frame 3 of 3 — 01:01:01.250") << "there is none behind";
   press(Qt::Key_Left);
   EXPECT_EQ(text("frameTitle"), "Frame 2 of 3 — 00:01:01.500");
+}
+
+/// A JPEG that says of itself that it has so many pixels.
+Bytes claiming(int width, int height) {
+  Bytes jpeg = test::jpegOf(Qt::red);
+  const Bytes startOfFrame{0xff, 0xc0};
+  const auto found = std::ranges::search(jpeg, startOfFrame).begin();
+  const std::array<int, 4> sides{height >> 8, height & 0xff, width >> 8, width & 0xff};
+  std::ranges::transform(sides, found + 5, [](int byte) { return static_cast<Bytes::value_type>(byte); });
+  return jpeg;
+}
+
+Bytes beginningOf(Bytes jpeg, std::size_t length) {
+  jpeg.resize(length);
+  return jpeg;
+}
+
+struct BrokenFrame {
+  const char* name;
+  Bytes jpeg;
+  const char* complaint;  ///< of the decoder; empty: it does not come to that
+};
+
+class WindowBrokenFrame : public WindowFrames, public testing::WithParamInterface<BrokenFrame> {
+ protected:
+  int statusOf(std::size_t index) {
+    return inside(*items("frameThumbnail").at(index), "framePicture").property("status").toInt();
+  }
+};
+
+TEST_P(WindowBrokenFrame, IsAWarningInTheStripAndInTheSheet) {
+  const ExpectedQtWarning failed(notDecoded);
+  std::optional<ExpectedQtWarning> complaint;
+  if (*GetParam().complaint) complaint.emplace(QString::fromLatin1(GetParam().complaint));
+  launch();
+  clips.setFrames("a.mov", {frame(0, test::jpegOf(Qt::red)), frame(1, GetParam().jpeg)});
+  drop("a.mov", done);
+  expectSoon([&] { return items("brokenFrame"); }, SizeIs(1));
+  EXPECT_EQ(text("brokenFrame", "name"), "warning");
+  EXPECT_TRUE(items("frameThumbnail").at(1)->isAncestorOf(&item("brokenFrame")));
+  expectSoon([&] { return statusOf(0); }, ready);
+  EXPECT_THAT(texts("frameTimecode"), ElementsAre("00:00:00.000", "00:00:01.000"));
+
+  openSheet(1);
+  expectSoon([&] { return shows("brokenPreview"); }, true);
+  EXPECT_EQ(text("brokenPreview", "name"), "warning");
+  EXPECT_EQ(text("brokenPreviewText"), "Could not decode JPEG");
+  EXPECT_EQ(text("frameTitle"), "Frame 2 of 2 — 00:00:01.000");
+  press(Qt::Key_Left);
+  expectSoon([&] { return item("previewPicture").property("status").toInt(); }, ready);
+  EXPECT_FALSE(shows("brokenPreview"));
+  EXPECT_FALSE(shows("brokenPreviewText"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Window, WindowBrokenFrame,
+                         testing::ValuesIn(std::vector<BrokenFrame>{
+                             {"Empty", {}, "Not a JPEG file"},
+                             {"Text", {'n', 'o', ' ', 'J', 'P', 'E', 'G'}, "Not a JPEG file"},
+                             {"OneByte", {0xff}, "Not a JPEG file"},
+                             {"CutInItsHeader", beginningOf(test::jpegOf(Qt::red), 60), "JPEG data"},
+                             {"WithoutPixels", claiming(0, 0), "Empty JPEG image"},
+                             {"LargerThanAnyPicture", claiming(65'500, 65'500), ""},
+                             {"WiderThanAnyPicture", claiming(65'500, 1), ""},
+                         }),
+                         [](const auto& frame) { return std::string(frame.param.name); });
+
+TEST_F(WindowFrames, OfOneThatIsCutInItsPixelsThereIsWhatThereIs) {
+  const ExpectedQtWarning cut(QStringLiteral("premature end of data"));
+  launch();
+  const Bytes whole = test::jpegOf(Qt::red, {640, 360});
+  clips.setFrames("a.mov", {frame(0, beginningOf(whole, whole.size() - 400))});
+  drop("a.mov", done);
+  turnUntil([&] { return shows("frameThumbnail"); });
+  openSheet(0);
+  expectSoon([&] { return item("previewPicture").property("status").toInt(); }, ready);
+  EXPECT_FALSE(shows("brokenFrame"));
 }
 
 TEST_F(WindowFrames, TheSheetClosesWhenItsFramesGo) {

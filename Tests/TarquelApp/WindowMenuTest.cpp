@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 
 #include "TarquelApp/Text.hpp"
 #include "TarquelApp/Turning.hpp"
@@ -188,6 +189,37 @@ TEST_F(WindowMenu, PreferencesOpenAWindowOfTheirOwn) {
   EXPECT_GE(preferences.minimumWidth(), 560);
   EXPECT_GE(preferences.minimumHeight(), 500);
   EXPECT_EQ(preferences.size(), QSize(640, 680));
+}
+
+TEST_F(WindowMenu, PreferencesHaveTheUpdateCheckToo) {
+  launch();
+  press(Qt::Key_Comma, Qt::ControlModifier);
+  turnUntil([&] { return otherWindow("preferences") != nullptr; });
+  const QQuickItem& button = labelled("Check for Updates…", *otherWindow("preferences")->contentItem());
+  EXPECT_TRUE(button.isVisible());
+  EXPECT_FALSE(button.isEnabled()) << "updates come with the system's packages";
+}
+
+TEST_F(WindowMenu, TheToolBarSaysWhatItsButtonsDo) {
+  launch();
+  EXPECT_EQ(text("openButton"), "Open Video…");
+  EXPECT_EQ(text("openButton", "drawing"), "plus");
+  EXPECT_TRUE(item("openButton").isEnabled());
+  EXPECT_LT(item("modePicker").mapToScene({}).x(), item("openButton").mapToScene({}).x());
+  EXPECT_LT(item("openButton").mapToScene({}).x(), item("clearButton").mapToScene({}).x());
+}
+
+TEST_F(WindowMenu, EachCommandHasItsOwnShortcut) {
+  launch();
+  std::map<std::string, std::string> keys;
+  for (const QObject* action : window().findChildren<QObject*>())
+    if (action->inherits("QQuickAction") && action->property("text").isValid())
+      keys[textOf(action->property("text").toString())] = textOf(action->property("shortcut").toString());
+  EXPECT_EQ(keys["Open Video…"], "Ctrl+O");
+  EXPECT_EQ(keys["Show Queue"], "Ctrl+1");
+  EXPECT_EQ(keys["Show Library"], "Ctrl+2");
+  EXPECT_EQ(keys["Find"], "Ctrl+F");
+  EXPECT_EQ(keys["Check for Updates…"], "");
 }
 
 TEST_F(WindowMenu, QuitInTheMenuEndsTheProgram) {

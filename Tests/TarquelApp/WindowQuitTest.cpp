@@ -220,6 +220,14 @@ TEST_F(WindowError, ANewOneTakesThePlaceOfTheOld) {
   expectSoon([&] { return text("alertMessage"); }, "Two.");
 }
 
+TEST_F(WindowError, WithoutATextItSaysThatSomethingWentWrong) {
+  launch();
+  for (QObject* alert : window().findChildren<QObject*>())
+    if (alert->property("rejectText") == QStringLiteral("OK"))
+      QMetaObject::invokeMethod(alert, "ask", Q_ARG(QString, QString()), Q_ARG(QString, QString()));
+  expectSoon([&] { return text("alertMessage"); }, "Something went wrong");
+}
+
 TEST_F(WindowError, GoesWhenTheErrorIsGone) {
   launch();
   state().setLastError(QStringLiteral("It broke."));

@@ -2,7 +2,6 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import QtMultimedia
-import Tarquel
 
 // The clip, playing, with the little that is needed to steer it.
 Item {
@@ -28,13 +27,9 @@ Item {
     MediaDevices {
         id: mediaDevices
     }
-    PlayableFile {
-        id: playable
-        file: view.file
-    }
     MediaPlayer {
         id: player
-        source: playable.address
+        source: view.file
         onSourceChanged: play()
         videoOutput: output
         audioOutput: sound.item as AudioOutput

@@ -7,28 +7,40 @@ import Tarquel
 ScrollView {
     id: view
 
-    property alias text: source.text
+    property string text
     property string label
+
+    readonly property int piece: 12000
+    property int shown: 0
     readonly property Flickable flickable: contentItem as Flickable
 
-    LongText {
-        id: source
-        onTextChanged: view.begin()
+    function endOfPiece(start: int): int {
+        if (start + piece >= text.length)
+            return text.length
+        const line = text.lastIndexOf("\n", start + piece)
+        if (line >= start + piece / 2)
+            return line + 1
+        const unit = text.charCodeAt(start + piece - 1)
+        return start + piece - (unit >= 0xd800 && unit < 0xdc00 ? 1 : 0)
     }
-
     function begin() {
-        area.text = source.takePiece(0)
+        shown = endOfPiece(0)
+        area.text = text.slice(0, shown)
         flickable.contentY = 0
     }
     function goOn() {
-        if (!source.isTakenIn && flickable.contentY + 2 * height >= flickable.contentHeight)
-            area.insert(area.length, source.takePiece(area.length))
+        if (shown >= text.length || flickable.contentY + 2 * height < flickable.contentHeight)
+            return
+        const end = endOfPiece(shown)
+        area.insert(area.length, text.slice(shown, end))
+        shown = end
     }
 
     clip: true
     implicitWidth: 200
     implicitHeight: 100
     contentWidth: availableWidth
+    onTextChanged: begin()
     onHeightChanged: Qt.callLater(goOn)  // qmllint disable
 
     Connections {
@@ -50,12 +62,10 @@ ScrollView {
         Accessible.name: view.label
 
         Keys.onPressed: event => {
-            if (selectionStart === selectionEnd || !event.matches(StandardKey.Copy))
+            const all = selectionStart === 0 && selectionEnd === length && length > 0
+            if (!all || view.shown === view.text.length || !event.matches(StandardKey.Copy))
                 return
-            if (selectionStart === 0 && selectionEnd === length)
-                source.copyAll()
-            else
-                source.copyPart(getText(selectionStart, selectionEnd), selectionStart)
+            Clipboard.copy(view.text)
             event.accepted = true
         }
     }
