@@ -80,10 +80,17 @@ TEST_F(FramePicturesTest, AThumbnailCoversItsPlaceAndHasRoundCorners) {
 
 TEST_F(FramePicturesTest, WhatIsNotThereIsEmpty) {
   const QString id = put(test::jpegOf(Qt::red));
-  const QString number = id.split(QLatin1Char('/')).front();
-  for (const QString& other :
-       {number + QStringLiteral("/1"), QStringLiteral("99/0"), QString(), QStringLiteral("/"), QStringLiteral("a/b/c")})
-    EXPECT_TRUE(picture(other).isNull()) << textOf(other);
+  EXPECT_TRUE(picture(id.split(QLatin1Char('/')).front() + QStringLiteral("/1")).isNull());
+}
+
+TEST_F(FramePicturesTest, WhatHasGoneCannotBeSeenAndIsNoFailure) {
+  const QString before = put(test::jpegOf(Qt::red));
+  put(test::jpegOf(Qt::green));
+  for (const QString& gone : {before, QStringLiteral("99/0"), QString(), QStringLiteral("a/b/c")}) {
+    const QImage nothing = picture(gone, {140, 80});
+    EXPECT_EQ(nothing.size(), QSize(1, 1)) << textOf(gone);
+    EXPECT_EQ(nothing.pixelColor(0, 0).alpha(), 0) << textOf(gone);
+  }
 }
 
 class ClipPostersTest : public testing::Test {

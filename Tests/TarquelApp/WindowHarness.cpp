@@ -60,6 +60,7 @@ void WindowHarness::launch() {
   quit();
   state_ = std::make_unique<AppState>(paths, engine.stages);
   main_ = std::make_unique<MainWindow>(*state_, delegate, desktop_, engine.stages.clock);
+  window().releaseResources();  // pictures of a window before this one, whose frames had the same numbers
   if (!QTest::qWaitForWindowExposed(&window())) throw std::runtime_error("the window was never shown");
   window().requestActivate();
   turnUntil([this] { return window().isActive(); });

@@ -30,6 +30,13 @@ QImage decode(const Bytes& jpegData, QSize size) {
   return reader.read();
 }
 
+/// Whoever asked looks at other frames by now, and must not be told of a failure.
+QImage nobodysPicture() {
+  QImage pixel(1, 1, QImage::Format_ARGB32_Premultiplied);
+  pixel.fill(Qt::transparent);
+  return pixel;
+}
+
 QImage cutWithRoundedCorners(const QImage& picture, QSize size) {
   QImage thumbnail(size, QImage::Format_ARGB32_Premultiplied);
   thumbnail.fill(Qt::transparent);
@@ -51,7 +58,8 @@ QImage FramePictures::requestImage(const QString& id, QSize* size, const QSize& 
   const QStringList parts = id.split(QLatin1Char('/'));
   const FrameShelf::Frames frames = shelf_.find(parts.value(0).toULongLong());
   const std::size_t index = parts.value(1).toULongLong();
-  if (!frames || index >= frames->size()) return {};
+  if (!frames) return nobodysPicture();
+  if (index >= frames->size()) return {};
   QImage picture = decode((*frames)[index].jpegData, requestedSize);
   if (picture.isNull()) return {};
   if (!requestedSize.isEmpty()) picture = cutWithRoundedCorners(picture, requestedSize);

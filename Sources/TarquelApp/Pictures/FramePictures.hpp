@@ -16,7 +16,7 @@ class FramePictures : public QQuickImageProvider {
       : QQuickImageProvider(QQuickImageProvider::Image, QQuickImageProvider::ForceAsynchronousImageLoading),
         shelf_(shelf) {}
 
-  /// What cannot be decoded, or has gone from the shelf, gives an empty picture.
+  /// What cannot be decoded gives an empty picture, what has gone from the shelf a pixel that is transparent.
   QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
 
  private:

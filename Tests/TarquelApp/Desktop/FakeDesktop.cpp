@@ -70,6 +70,7 @@ void LoginManager::turnUntilReleased() const {
 }
 
 bool LoginManager::isHeld() const {
+  if (lastGiven_.get() < 0) return false;
   pollfd end{.fd = lastGiven_.get(), .events = POLLIN, .revents = 0};
   return ::poll(&end, 1, 0) == 0;
 }
