@@ -261,6 +261,39 @@ TEST_F(AccessibleWindow, TheSelectedRowIsWhatIsReadOut) {
   EXPECT_NE(focused(), first);
 }
 
+/// What assistive technology is told of an item's role, which is not always the one that a view says.
+TEST_F(AccessibleWindow, TitlesAreHeadingsAndChoicesAreOneAmongOthers) {
+  bring("DoneMarkdown");
+  const auto roleOf = [](QQuickItem& item) { return QAccessible::queryAccessibleInterface(&item)->role(); };
+  EXPECT_EQ(roleOf(*item("sectionTitle").parentItem()), QAccessible::Heading);
+  EXPECT_EQ(roleOf(*item("detailName").parentItem()), QAccessible::Heading);
+  for (const char* choice : {"Queue", "Library", "Markdown", "JSON", "Source"})
+    EXPECT_EQ(roleOf(labelled(choice)), QAccessible::RadioButton) << choice;
+  const auto checked = [&](const char* choice) {
+    return bool(QAccessible::queryAccessibleInterface(&labelled(choice))->state().checked);
+  };
+  EXPECT_TRUE(checked("Markdown"));
+  click(labelled("JSON"));
+  EXPECT_TRUE(checked("JSON"));
+  EXPECT_FALSE(checked("Markdown"));
+  click(labelled("JSON"));
+  EXPECT_TRUE(checked("JSON")) << "it cannot be put out";
+}
+
+TEST_F(AccessibleWindow, ProgressIsToldInWords) {
+  launch();
+  clips.setProgress("a.mov", 0.5);
+  clips.hold("a.mov", JobStatus::extracting);
+  drop("a.mov", JobStatus::extracting);
+  expectSoon(
+      [&] {
+        return QAccessible::queryAccessibleInterface(&item("rowProgress"))
+            ->text(QAccessible::Description)
+            .toStdString();
+      },
+      "20 percent");
+}
+
 TEST_F(AccessibleWindow, AssistiveTechnologyPressesWhatItIsTold) {
   bring("DoneMarkdown");
   const auto pressItem = [](QQuickItem& target) {

@@ -17,7 +17,7 @@ MenuItem {
         when: !item.activeFocus
         restoreMode: Binding.RestoreNone
     }
-    implicitHeight: 30
+    implicitHeight: Theme.commandHeight
     leftPadding: 12
     rightPadding: 12
     topPadding: 0

@@ -5,7 +5,7 @@ import QtQuick.Controls
 Menu {
     id: menu
 
-    implicitWidth: 250
+    implicitWidth: Math.max(250, Theme.bodySize * 19)
     topPadding: 5
     bottomPadding: 5
     delegate: CommandItem {}

@@ -9,7 +9,7 @@ ToolBar {
 
     required property AppState app
 
-    implicitHeight: 48
+    implicitHeight: Math.max(48, tools.implicitHeight + 16)
     Accessible.role: Accessible.ToolBar
     Accessible.name: "Tools"
     leftPadding: Theme.gap + 4
@@ -25,6 +25,7 @@ ToolBar {
     }
 
     RowLayout {
+        id: tools
         anchors.fill: parent
         spacing: Theme.gap
 

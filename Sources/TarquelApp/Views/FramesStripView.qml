@@ -59,7 +59,7 @@ ColumnLayout {
         id: list
         objectName: "framesList"
         Layout.fillWidth: true
-        implicitHeight: 80 + 6 + 18 + 12
+        implicitHeight: 80 + 6 + Math.max(18, Math.ceil(Theme.captionSize * 1.4)) + 12
         visible: strip.expanded
         orientation: ListView.Horizontal
         model: strip.timecodes

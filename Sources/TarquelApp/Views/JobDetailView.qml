@@ -21,15 +21,23 @@ Item {
             Layout.fillWidth: true
             spacing: 12
 
-            Caption {
-                objectName: "detailName"
+            Item {
                 Layout.fillWidth: true
-                text: view.job.fileName
-                elide: Text.ElideMiddle
-                font.pixelSize: Theme.titleSize
-                font.bold: true
-                color: Theme.text
+                implicitHeight: name.implicitHeight
                 Accessible.role: Accessible.Heading
+                Accessible.name: name.text
+
+                Caption {
+                    id: name
+                    objectName: "detailName"
+                    anchors.fill: parent
+                    text: view.job.fileName
+                    elide: Text.ElideMiddle
+                    font.pixelSize: Theme.titleSize
+                    font.bold: true
+                    color: Theme.text
+                    Accessible.ignored: true
+                }
             }
             PushButton {
                 objectName: "showInFinderButton"

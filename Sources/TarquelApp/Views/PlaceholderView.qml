@@ -18,12 +18,20 @@ ColumnLayout {
         size: 56
         color: Theme.secondaryText
     }
-    Label {
+    Item {
         Layout.alignment: Qt.AlignHCenter
-        text: place.title
-        font.pixelSize: Theme.titleSize
-        color: Theme.text
+        implicitWidth: heading.implicitWidth
+        implicitHeight: heading.implicitHeight
         Accessible.role: Accessible.Heading
+        Accessible.name: place.title
+
+        Label {
+            id: heading
+            text: place.title
+            font.pixelSize: Theme.titleSize
+            color: Theme.text
+            Accessible.ignored: true
+        }
     }
     Label {
         Layout.alignment: Qt.AlignHCenter

@@ -32,7 +32,7 @@ ItemDelegate {
 
     objectName: "queueRow"
     hoverEnabled: true
-    implicitHeight: 52
+    implicitHeight: Theme.rowHeight
     leftPadding: 12
     rightPadding: 12
     topPadding: 0

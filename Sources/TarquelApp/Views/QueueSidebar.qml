@@ -51,8 +51,8 @@ FocusScope {
         topMargin: 4
         bottomMargin: 8
         // A row that glides in from below stands there already.
-        displayMarginBeginning: 90
-        displayMarginEnd: 90
+        displayMarginBeginning: Theme.rowHeight + Theme.titleHeight
+        displayMarginEnd: Theme.rowHeight + Theme.titleHeight
         ScrollBar.vertical: ScrollBar {}
 
         Accessible.role: Accessible.List
@@ -120,7 +120,7 @@ FocusScope {
         }
         Keys.onPressed: event => {
             const row = currentJob.row()
-            const page = Math.max(1, Math.floor(height / 52) - 1)
+            const page = Math.max(1, Math.floor(height / Theme.rowHeight) - 1)
             switch (event.key) {
             case Qt.Key_Up: select(row - 1); break
             case Qt.Key_Down: select(row + 1); break

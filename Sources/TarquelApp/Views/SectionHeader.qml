@@ -15,7 +15,10 @@ Item {
         arrives = false
     }
 
-    implicitHeight: 32
+    implicitHeight: Theme.titleHeight
+    // A label would be told as a text and nothing more.
+    Accessible.role: Accessible.Heading
+    Accessible.name: section
 
     Label {
         objectName: "sectionTitle"
@@ -28,6 +31,6 @@ Item {
         font.pixelSize: Theme.captionSize
         font.bold: true
         color: Theme.secondaryText
-        Accessible.role: Accessible.Heading
+        Accessible.ignored: true
     }
 }

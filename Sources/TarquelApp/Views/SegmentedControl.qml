@@ -31,7 +31,7 @@ FocusScope {
             model: control.choices
 
             // qmllint disable unqualified
-            AbstractButton {
+            RadioButton {
                 id: choice
 
                 required property string modelData
@@ -39,6 +39,8 @@ FocusScope {
                 readonly property bool isCurrent: modelData === control.current
 
                 text: modelData
+                checked: isCurrent
+                indicator: null
                 hoverEnabled: true
                 focus: isCurrent
                 focusPolicy: isCurrent ? Qt.StrongFocus : Qt.ClickFocus
@@ -58,10 +60,7 @@ FocusScope {
                     button.forceActiveFocus(Qt.TabFocusReason)
                 }
 
-                Accessible.role: Accessible.RadioButton
                 Accessible.name: text
-                Accessible.checkable: true
-                Accessible.checked: isCurrent
                 Accessible.onPressAction: clicked()
                 Accessible.onToggleAction: clicked()
 

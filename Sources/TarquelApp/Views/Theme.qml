@@ -62,6 +62,10 @@ QtObject {
     readonly property real bodySize: Math.max(Application.font.pixelSize, Application.font.pointSize * 96 / 72)
     readonly property real captionSize: bodySize * 0.87
     readonly property real titleSize: bodySize * 1.25
+    // A row of the queue, with room for its two lines; a section's title; a command of a menu.
+    readonly property int rowHeight: Math.max(52, Math.ceil(bodySize * 2.9))
+    readonly property int titleHeight: Math.max(32, Math.ceil(captionSize * 2.4))
+    readonly property int commandHeight: Math.max(30, Math.ceil(bodySize * 2))
     readonly property string monospace: "monospace"
 
     // A wish of the desktop's user: nothing glides or fades then.

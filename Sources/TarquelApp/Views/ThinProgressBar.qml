@@ -8,6 +8,8 @@ ProgressBar {
     property string label: "Progress"
 
     Accessible.name: label
+    // Qt 6.4 tells assistive technology no value of a bar.
+    Accessible.description: indeterminate ? "" : Math.round(value * 20) * 5 + " percent"
     Behavior on value {
         enabled: bar.visible && bar.value > 0
         NumberAnimation { duration: Theme.calm }
