@@ -46,7 +46,6 @@ Start startOnce(const QString& program) {
     environment.insert(QLatin1String(name), home.path());
   environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("qt.scenegraph.time.renderloop=true"));
   environment.insert(QStringLiteral("QT_FORCE_STDERR_LOGGING"), QStringLiteral("1"));
-  environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
   QProcess process;
   process.setProcessEnvironment(environment);
   process.setProcessChannelMode(QProcess::MergedChannels);

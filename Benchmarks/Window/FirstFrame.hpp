@@ -6,7 +6,8 @@ namespace tq::window {
 
 /// Starts the program so many times, each in a new home folder, and prints how long it took from the start of the
 /// process to its first picture, and the memory it took then. The program says itself, by Qt's logging of the scene
-/// graph, when it has drawn. Needs a QCoreApplication; throws `std::runtime_error` for a program that never draws.
+/// graph, when it has drawn. The session bus must not be the user's: a Tarquel that runs there would take over. Needs a
+/// QCoreApplication; throws `std::runtime_error` for a program that never draws.
 void measureStart(const QString& program, int rounds);
 
 }  // namespace tq::window

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QThread>
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
@@ -23,6 +24,17 @@ double threadMilliseconds() {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
+/// clock_gettime(2), in seconds: what perf-record(1) can put beside its samples.
+double traceClock() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+void trace(const std::string& what, double milliseconds, double begin) {
+  std::fprintf(stderr, "%s: %.1f ms, --time %.6f,%.6f\n", what.c_str(), milliseconds, begin, traceClock());
+}
+
 double quantileOf(const std::vector<double>& values, double share) {
   return values.empty() ? 0 : compare::quantile(values, share);
 }
@@ -30,10 +42,17 @@ double quantileOf(const std::vector<double>& values, double share) {
 }  // namespace
 
 bool TimedApplication::notify(QObject* receiver, QEvent* event) {
+  if (QThread::currentThread() != thread() || depth_ > 0) return QGuiApplication::notify(receiver, event);
+  const std::string what =
+      std::string(receiver->metaObject()->className()) + " got event " + std::to_string(event->type());
+  const double begin = traceClock();
   const double start = threadMilliseconds();
   ++depth_;
   const bool handled = QGuiApplication::notify(receiver, event);
-  if (--depth_ == 0) longest_ = std::max(longest_, threadMilliseconds() - start);
+  --depth_;
+  const double spent = threadMilliseconds() - start;
+  longest_ = std::max(longest_, spent);
+  if (spent > traced_) trace(what, spent, begin);
   return handled;
 }
 
@@ -42,7 +61,7 @@ double TimedApplication::takeLongest() {
 }
 
 FrameCosts::FrameCosts(TimedApplication& application, QQuickWindow& window)
-    : application_(application), window_(window), start_(threadMilliseconds()), mark_(start_) {
+    : application_(application), window_(window), start_(threadMilliseconds()), mark_(start_), begin_(traceClock()) {
   QObject::connect(
       &window_, &QQuickWindow::beforeRendering, &window_, [this] { drawingMark_ = threadMilliseconds(); },
       Qt::DirectConnection);
@@ -52,7 +71,9 @@ FrameCosts::FrameCosts(TimedApplication& application, QQuickWindow& window)
         const double now = threadMilliseconds();
         ours_.push_back(drawingMark_ - mark_);
         drawing_.push_back(now - drawingMark_);
+        if (ours_.back() > application_.traced()) trace("a picture", ours_.back(), begin_);
         mark_ = now;
+        begin_ = traceClock();
       },
       Qt::DirectConnection);
   waking_.start(5);
@@ -87,6 +108,7 @@ void FrameCosts::print(const std::string& what) {
   ours_.clear();
   drawing_.clear();
   start_ = mark_ = threadMilliseconds();
+  begin_ = traceClock();
 }
 
 }  // namespace tq::window

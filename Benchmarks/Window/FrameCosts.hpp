@@ -4,6 +4,7 @@
 #include <QQuickWindow>
 #include <QTimer>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,15 @@ class TimedApplication : public QGuiApplication {
   /// The costliest event since the last call, in ms, what it handled beneath it included.
   double takeLongest();
 
+  /// From now on tells of each event that costs more, in ms: what it is, and when it was by the clock of
+  /// `perf record -k CLOCK_MONOTONIC`, so that `perf script --time` shows what it did.
+  void traceAbove(double milliseconds) { traced_ = milliseconds; }
+  double traced() const { return traced_; }
+
  private:
   int depth_ = 0;
   double longest_ = 0;
+  double traced_ = std::numeric_limits<double>::infinity();
 };
 
 /// What the pictures of a window cost the thread that makes them, in ms of processor time: `ours` is everything up to
@@ -49,6 +56,7 @@ class FrameCosts {
   std::vector<double> drawing_;
   double start_ = 0;
   double mark_ = 0;
+  double begin_ = 0;  ///< of the picture that is being made, by the clock of the trace
   double drawingMark_ = 0;
 };
 

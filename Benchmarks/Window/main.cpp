@@ -4,7 +4,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <span>
+#include <stdexcept>
 #include <string>
 
 #include "Benchmarks/Shared/Report.hpp"
@@ -82,14 +85,14 @@ void measureSelection(TimedApplication& application) {
   rig.runToEnd(jobs);
   FrameCosts& costs = rig.costs();
   rig.item("queueList").forceActiveFocus(Qt::TabFocusReason);
-  costs.print("(30 jobs with results of 100 KB and 64 frames)");
+  costs.print("30 jobs with results of 100 KB and 64 frames, run to their end");
   for (int row = 0; row < jobs; ++row)
     costs.step([&] { rig.press(Qt::Key_Down); });
-  costs.print("selecting them one after the other");
+  costs.print("selecting 30 jobs with results of 100 KB and 64 frames");
   const QSize size = rig.window().size();
   for (int step = 1; step <= 40; ++step)
     costs.step([&] { rig.window().resize(size + QSize(4 * step, 3 * step)); });
-  costs.print("40 sizes of the window with one of them shown");
+  costs.print("40 sizes of the window with one of those shown");
 }
 
 void measureRawResponse(TimedApplication& application, std::size_t megabytes) {
@@ -99,13 +102,54 @@ void measureRawResponse(TimedApplication& application, std::size_t megabytes) {
   rig.runToEnd(1);
   FrameCosts& costs = rig.costs();
   costs.step([] {});
-  costs.print("(a job with a raw response of " + std::to_string(megabytes) + " MB)");
-  costs.step([&] { rig.select(0); });
-  costs.print("showing it");
+  costs.print("a job that ends with a raw response of " + std::to_string(megabytes) + " MB, and is shown");
   QQuickItem& text = rig.item("rawResponseText");
   for (int turn = 0; turn < 100; ++turn)
     costs.step([&] { rig.wheel(text.mapToScene({text.width() / 2, text.height() / 2}), -15); });
   costs.print("100 turns of the wheel over it");
+}
+
+struct Part {
+  const char* name;
+  std::function<void(TimedApplication&, int jobs)> measure;
+};
+
+const Part parts[] = {
+    {"queue", measureQueue},
+    {"results", [](TimedApplication& application, int) { measureSelection(application); }},
+    {"raw",
+     [](TimedApplication& application, int) {
+       for (const std::size_t megabytes : {1, 8, 16})
+         measureRawResponse(application, megabytes);
+     }},
+};
+
+struct UseOptions {
+  int jobs = 10'000;
+  std::string only;   ///< the name of a part; empty: all
+  double traced = 0;  ///< ms; 0: nothing is traced
+};
+
+[[noreturn]] void explain() {
+  throw std::invalid_argument(
+      "usage: measure-window start PROGRAM | use [--only queue|results|raw] [--trace MS] [JOBS]");
+}
+
+UseOptions useOptions(std::span<char* const> arguments) {
+  UseOptions options;
+  for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+    const std::string word = *argument;
+    if ((word == "--only" || word == "--trace") && ++argument == arguments.end()) explain();
+    if (word == "--only")
+      options.only = *argument;
+    else if (word == "--trace")
+      options.traced = std::atof(*argument);
+    else if (word.starts_with("-"))
+      explain();
+    else
+      options.jobs = std::max(100, std::atoi(word.c_str()));
+  }
+  return options;
 }
 
 }  // namespace
@@ -119,16 +163,15 @@ int main(int argumentCount, char** arguments) {
       measureStart(QString::fromLocal8Bit(arguments[2]), 15);
       return EXIT_SUCCESS;
     }
-    if (what != "use" || argumentCount > 3)
-      throw std::invalid_argument("usage: measure-window start PROGRAM | use [JOBS]");
+    if (what != "use") explain();
+    const UseOptions options = useOptions(std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(2));
     TimedApplication application(argumentCount, arguments);
     tq::setAppearance(false);
     tq::compare::writeMachine(std::cout);
     FrameCosts::printHead();
-    measureQueue(application, argumentCount > 2 ? std::max(100, std::atoi(arguments[2])) : 10'000);
-    measureSelection(application);
-    measureRawResponse(application, 1);
-    measureRawResponse(application, 8);
+    if (options.traced > 0) application.traceAbove(options.traced);
+    for (const Part& part : parts)
+      if (options.only.empty() || options.only == part.name) part.measure(application, options.jobs);
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
     std::cerr << "measure-window: " << error.what() << "\n";

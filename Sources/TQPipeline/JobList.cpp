@@ -34,16 +34,18 @@ void JobList::replace(std::size_t row, Job job) {
   observer_.rowWasReplaced(row, *before, *rows_[row]);
 }
 
-/// From the back, so that what has been removed never counts for the rows still to be looked at.
-void JobList::removeAll(JobStatus status) {
-  const auto goes = [status](const Row& job) { return job->status == status; };
-  if (std::ranges::none_of(rows_, goes)) return;
+std::vector<JobList::Row> JobList::removeAll(JobStatus status) {
+  const auto stays = [status](const Row& job) { return job->status != status; };
+  if (std::ranges::all_of(rows_, stays)) return {};
   observer_.rowsWillBeRemoved(status);
-  for (const Row& job : rows_)
-    if (goes(job)) discount(*job);
-  std::erase_if(rows_, goes);
+  const auto gone = std::ranges::stable_partition(rows_, stays);
+  std::vector<Row> removed(std::make_move_iterator(gone.begin()), std::make_move_iterator(gone.end()));
+  rows_.erase(gone.begin(), gone.end());
+  for (const Row& job : removed)
+    discount(*job);
   indexIsStale_ = true;
   observer_.rowsWereRemoved();
+  return removed;
 }
 
 void JobList::count(const Job& job) {

@@ -55,8 +55,8 @@ class JobList {
   void append(std::vector<Row> rows);
   void replace(std::size_t row, Job job);
 
-  /// Removes all jobs of that status; the others keep their order.
-  void removeAll(JobStatus status);
+  /// Removes all jobs of that status and gives them back; the others keep their order.
+  std::vector<Row> removeAll(JobStatus status);
 
  private:
   void count(const Job& job);

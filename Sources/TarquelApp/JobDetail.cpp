@@ -66,9 +66,11 @@ void JobDetail::show(JobList::Row job) {
   const bool stateIsNew = isAnother || changed(&Job::status, &Job::error);
   const bool resultIsNew = isAnother || changed(&Job::result);
   if (resultIsNew) {
-    markdown_.reset();
-    json_.reset();
+    markdown_.forget();
+    json_.forget();
   }
+  const bool rawResponseIsNew = isAnother || changed(&Job::rawResponse);
+  if (rawResponseIsNew) rawResponse_.forget();
   const bool framesAreNew = isAnother || changed(&Job::frames);
   if (framesAreNew) framesNumber_ = shelf_.put(job_ ? job_->frames : FrameShelf::Frames());
   const bool isCounting = job_ && job_->status == JobStatus::calling;
@@ -83,7 +85,7 @@ void JobDetail::show(JobList::Row job) {
   if (isAnother || changed(&Job::progress)) Q_EMIT progressChanged();
   if (resultIsNew || changed(&Job::engineSnapshot)) Q_EMIT engineChanged();
   if (resultIsNew) Q_EMIT resultChanged();
-  if (isAnother || changed(&Job::rawResponse)) Q_EMIT rawResponseChanged();
+  if (rawResponseIsNew) Q_EMIT rawResponseChanged();
   if (framesAreNew) Q_EMIT framesChanged();
 }
 
@@ -124,22 +126,25 @@ QString JobDetail::engineSubtitle() const {
   return job_ ? qtText(engineSubtitleOf(*job_)) : QString();
 }
 
+/// A result is about as long as the answer that it was read from.
+std::size_t JobDetail::answerBytes() const {
+  return job_ && job_->rawResponse ? job_->rawResponse->size() : 0;
+}
+
 QString JobDetail::markdown() const {
   if (!hasResult()) return {};
-  if (!markdown_) markdown_ = qtText(MarkdownRenderer::render(*job_->result));
-  return *markdown_;
+  return markdown_.read(answerBytes(), [result = job_->result] { return qtText(MarkdownRenderer::render(*result)); });
 }
 
 QString JobDetail::json() const {
   if (!hasResult()) return {};
-  if (!json_) {
+  return json_.read(answerBytes(), [result = job_->result] {
     try {
-      json_ = qtText(writeJSON(encode(*job_->result), JSONLayout::pretty));
+      return qtText(writeJSON(encode(*result), JSONLayout::pretty));
     } catch (const std::exception&) {
-      json_ = QStringLiteral("<could not render JSON>");
+      return QStringLiteral("<could not render JSON>");
     }
-  }
-  return *json_;
+  });
 }
 
 QVariantList JobDetail::sourceRows() const {
@@ -152,7 +157,8 @@ QVariantList JobDetail::sourceRows() const {
 }
 
 QString JobDetail::rawResponse() const {
-  return hasRawResponse() ? qtText(*job_->rawResponse) : QString();
+  if (!hasRawResponse()) return {};
+  return rawResponse_.read(answerBytes(), [response = job_->rawResponse] { return qtText(*response); });
 }
 
 QStringList JobDetail::timecodes() const {

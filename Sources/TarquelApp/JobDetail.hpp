@@ -8,16 +8,17 @@
 #include <QUrl>
 #include <QVariantList>
 #include <memory>
-#include <optional>
 
 #include "TQPlatform/Concurrency/Clock.hpp"
 #include "TarquelApp/AppState.hpp"
 #include "TarquelApp/FrameShelf.hpp"
+#include "TarquelApp/LateText.hpp"
 
 namespace tq {
 
 /// What the pane of the selected job shows. Follows the selection and every change of that job, and tells the view only
-/// of what has become different. The texts of a result are made when somebody looks at them.
+/// of what has become different. The texts of a result are made when somebody looks at them; long ones arrive a moment
+/// later.
 class JobDetail : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -92,16 +93,19 @@ class JobDetail : public QObject {
   void follow();
   void followSoon();
   void show(JobList::Row job);
+  std::size_t answerBytes() const;
 
   AppState& app_;
   FrameShelf& shelf_;
   const std::shared_ptr<const Clock> clock_;
   JobList::Row job_;
   std::uint64_t framesNumber_ = 0;
-  mutable std::optional<QString> markdown_;
-  mutable std::optional<QString> json_;
+  mutable LateText markdown_{*this, texts_, [this] { Q_EMIT resultChanged(); }};
+  mutable LateText json_{*this, texts_, [this] { Q_EMIT resultChanged(); }};
+  mutable LateText rawResponse_{*this, texts_, [this] { Q_EMIT rawResponseChanged(); }};
   QTimer second_{this};
   bool willFollow_ = false;
+  mutable SerialQueue texts_;  // last: its items use all of the above
 };
 
 }  // namespace tq

@@ -13,6 +13,16 @@ namespace tq {
 
 namespace {
 
+/// A row shows one line of a text, and laying out a longer one costs its whole length.
+QString lineOf(std::string_view text) {
+  constexpr std::size_t most = 1000;
+  if (text.size() <= most) return qtText(text);
+  std::size_t end = most;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)
+    --end;
+  return qtText(text.substr(0, end)) + u'\u2026';
+}
+
 struct RoleEntry {
   JobListModel::Role role;
   std::string_view name;
@@ -35,12 +45,12 @@ constexpr auto roleTable = std::to_array<RoleEntry>({
      [](const Job& job) -> QVariant { return qtText(rawValue(wordsOf(job.status).section)); }},
     {JobListModel::progress, "progress", [](const Job& job) -> QVariant { return job.progress; }},
     {JobListModel::isWorking, "isWorking", [](const Job& job) -> QVariant { return wordsOf(job.status).isWorking; }},
-    {JobListModel::error, "error", [](const Job& job) -> QVariant { return qtText(job.error.value_or("")); }},
+    {JobListModel::error, "error", [](const Job& job) -> QVariant { return lineOf(job.error.value_or("")); }},
     {JobListModel::badge, "badge", [](const Job& job) -> QVariant { return qtText(nameOf(job.badge().kind)); }},
-    {JobListModel::badgeHelp, "badgeHelp", [](const Job& job) -> QVariant { return qtText(helpTextOf(job.badge())); }},
+    {JobListModel::badgeHelp, "badgeHelp", [](const Job& job) -> QVariant { return lineOf(helpTextOf(job.badge())); }},
     {JobListModel::modelId, "modelId",
      [](const Job& job) -> QVariant { return job.engineSnapshot ? qtText(job.engineSnapshot->modelId) : QString(); }},
-    {JobListModel::oneLine, "oneLine", [](const Job& job) -> QVariant { return qtText(oneLineOf(job)); }},
+    {JobListModel::oneLine, "oneLine", [](const Job& job) -> QVariant { return lineOf(oneLineOf(job)); }},
     {JobListModel::canRetry, "canRetry", [](const Job& job) -> QVariant { return wordsOf(job.status).canRetry; }},
     {JobListModel::canCancel, "canCancel", [](const Job& job) -> QVariant { return wordsOf(job.status).canCancel; }},
 });
@@ -48,6 +58,12 @@ constexpr auto roleTable = std::to_array<RoleEntry>({
 const RoleEntry* entryOf(int role) {
   const auto index = static_cast<std::size_t>(role - JobListModel::jobID);
   return role >= JobListModel::jobID && index < roleTable.size() ? &roleTable[index] : nullptr;
+}
+
+/// Made of the clip alone.
+bool isOfClip(JobListModel::Role role) {
+  return role == JobListModel::jobID || role == JobListModel::sourceURL || role == JobListModel::uriList ||
+         role == JobListModel::fileName;
 }
 
 }  // namespace
@@ -145,9 +161,11 @@ void JobListModel::rowWasReplaced(std::size_t row, const Job& before, const Job&
     Q_EMIT sectionWillChange(qtText(after.id.text()));
     move(row, from, to);
   }
+  // The one is a copy of the other, but for a few members: most roles need not be made to be compared.
+  const bool isSameClip = before.id == after.id && before.sourceURL == after.sourceURL;
   QList<int> changed;
   for (const RoleEntry& entry : roleTable)
-    if (entry.read(before) != entry.read(after)) changed.append(entry.role);
+    if (!(isSameClip && isOfClip(entry.role)) && entry.read(before) != entry.read(after)) changed.append(entry.role);
   const QModelIndex place = index(static_cast<int>(placeOf(row, to)));
   if (!changed.isEmpty()) Q_EMIT dataChanged(place, place, changed);
   Q_EMIT jobReplaced(after.id);

@@ -72,7 +72,10 @@ TEST_F(JobListTest, RemovesTheJobsOfOneStatusAndKeepsTheOrderOfTheOthers) {
   const std::vector<Job> jobs{test::jobOf(done),   test::jobOf(failed),    test::jobOf(done), test::jobOf(done),
                               test::jobOf(queued), test::jobOf(cancelled), test::jobOf(done)};
   append(jobs);
-  list.removeAll(done);
+  std::vector<UUID> removed;
+  for (const JobList::Row& job : list.removeAll(done))
+    removed.push_back(job->id);
+  EXPECT_THAT(removed, ElementsAre(jobs[0].id, jobs[2].id, jobs[3].id, jobs[6].id));
   EXPECT_THAT(ids(), ElementsAre(jobs[1].id, jobs[4].id, jobs[5].id));
   EXPECT_EQ(list.rowOf(jobs[5].id), 2U);
   EXPECT_EQ(list.rowOf(jobs[0].id), std::nullopt);

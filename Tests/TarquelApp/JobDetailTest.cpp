@@ -142,6 +142,28 @@ TEST_F(JobDetailTest, TextsOfAResultAreMadeAnewForAnother) {
   EXPECT_TRUE(detail->json().contains(QStringLiteral("\"b.mov\"")));
 }
 
+TEST_F(JobDetailTest, AVeryLongAnswerArrivesAMomentLater) {
+  const std::string answer = "No JSON. " + std::string(1'000'000, 'x');
+  clips.answer("a.mov", answer);
+  drop("a.mov", failed);
+  EXPECT_EQ(detail->rawResponse(), QString());
+  QSignalSpy arrivals(detail.get(), &JobDetail::rawResponseChanged);
+  turnUntil([&] { return arrivals.size() == 1; });
+  EXPECT_EQ(detail->rawResponse(), qtText(answer));
+}
+
+TEST_F(JobDetailTest, ALongAnswerThatIsNoLongerShownNeverArrives) {
+  clips.answer("a.mov", "No JSON. " + std::string(1'000'000, 'x'));
+  clips.answer("b.mov", "No JSON. " + std::string(1'000'000, 'y'));
+  drop("a.mov", failed);
+  drop("b.mov", failed);
+  EXPECT_EQ(detail->rawResponse(), QString());
+  state->setSelectedJobID(idOf(1));
+  EXPECT_EQ(detail->rawResponse(), QString());
+  turnUntil([&] { return !detail->rawResponse().isEmpty(); });
+  EXPECT_TRUE(detail->rawResponse().endsWith(u'y'));
+}
+
 TEST_F(JobDetailTest, AnEmptyAnswerIsAnAnswer) {
   clips.answer("a.mov", "");
   drop("a.mov", failed);

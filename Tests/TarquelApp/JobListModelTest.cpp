@@ -255,6 +255,22 @@ TEST_F(JobListModelTest, AFinishedClipIsToldInOneLine) {
   EXPECT_EQ(text(JobListModel::oneLine, 1), "");
 }
 
+TEST_F(JobListModelTest, ALineOfMegabytesIsShownByItsBeginning) {
+  std::string umlauts = "a";
+  while (umlauts.size() < 1'000'000)
+    umlauts += "\u00e4";
+  Job finished = test::jobOf(done);
+  DescriptionResult result;
+  result.global.overallSummaryOneLine = umlauts;
+  finished.result = result;
+  Job failedJob = test::jobOf(failed);
+  failedJob.error = umlauts;
+  append({finished, failedJob});
+  const std::string beginning = umlauts.substr(0, 999) + "\u2026";
+  EXPECT_EQ(text(JobListModel::oneLine, 0), beginning);
+  EXPECT_EQ(text(JobListModel::error, 1), beginning);
+}
+
 TEST_F(JobListModelTest, TheModelOfTheEngineIsShownWhereItIsKnown) {
   Job known = test::jobOf(queued);
   known.engineSnapshot = EngineSnapshot{.providerId = "mock", .modelId = "tiny"};

@@ -13,6 +13,7 @@
 namespace tq {
 namespace {
 
+using test::expectSoon;
 using test::turnUntil;
 using enum JobStatus;
 
@@ -62,6 +63,31 @@ TEST_F(SelectableTextTest, WhoSelectsAllAndCopiesGetsTheWholeText) {
   press(Qt::Key_A, Qt::ControlModifier);
   press(Qt::Key_C, Qt::ControlModifier);
   EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), response);
+}
+
+TEST_F(SelectableTextTest, AVeryLongTextArrivesAMomentLater) {
+  const std::string response = lines(200'000);
+  show(response);
+  expectSoon([&] { return text("rawResponseText"); }, response);
+}
+
+TEST_F(SelectableTextTest, OneLongLineIsCopiedAsItIs) {
+  std::string response;
+  while (response.size() < 100'000)
+    response += "word" + std::to_string(response.size()) + " ";
+  QQuickItem& area = show(response);
+  auto* flickable = item("rawResponseText").property("contentItem").value<QQuickItem*>();
+  turnUntil([&] {
+    flickable->setProperty("contentY", flickable->property("contentHeight").toDouble() - flickable->height());
+    return area.property("length").toInt() > 40'000;
+  });
+  EXPECT_TRUE(area.property("text").toString().contains(u'\n'));
+  area.forceActiveFocus(Qt::TabFocusReason);
+  QMetaObject::invokeMethod(&area, "select", Q_ARG(int, 100), Q_ARG(int, 36'100));
+  press(Qt::Key_C, Qt::ControlModifier);
+  const std::string part = QGuiApplication::clipboard()->text().toStdString();
+  EXPECT_GT(part.size(), 35'900U);
+  EXPECT_EQ(part, response.substr(100, part.size()));
 }
 
 TEST_F(SelectableTextTest, NoCharacterIsCutInTwo) {

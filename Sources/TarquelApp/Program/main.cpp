@@ -26,6 +26,7 @@
 #include "TarquelApp/Desktop/LaunchRequest.hpp"
 #include "TarquelApp/Desktop/LauncherEntry.hpp"
 #include "TarquelApp/Desktop/MotionPreference.hpp"
+#include "TarquelApp/Desktop/MuteBuses.hpp"
 #include "TarquelApp/Desktop/SingleInstance.hpp"
 #include "TarquelApp/Desktop/SuspendInhibitor.hpp"
 #include "TarquelApp/DesktopActions.hpp"
@@ -82,6 +83,7 @@ int main(int argumentCount, char** arguments) {
     const auto named = std::span(arguments, static_cast<std::size_t>(argumentCount)).subspan(1);
     const LaunchRequest request = LaunchRequest::read(named, std::filesystem::current_path());
     prepareForApplication();
+    leaveOutMuteBuses();
     QGuiApplication application(argumentCount, arguments);
     QGuiApplication::setApplicationName(QStringLiteral("tarquel"));
     QGuiApplication::setApplicationVersion(QStringLiteral(TQ_VERSION));

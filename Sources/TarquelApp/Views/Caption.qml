@@ -9,6 +9,7 @@ Label {
     maximumLineCount: 1
     wrapMode: Text.NoWrap
     textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft  // beside its neighbours, also when it is written from right to left
 
     HoverHandler {
         id: hover

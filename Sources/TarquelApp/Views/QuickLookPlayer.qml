@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import QtMultimedia
+import Tarquel
 
 // The clip, playing, with the little that is needed to steer it.
 Item {
@@ -27,9 +28,13 @@ Item {
     MediaDevices {
         id: mediaDevices
     }
+    PlayableFile {
+        id: playable
+        file: view.file
+    }
     MediaPlayer {
         id: player
-        source: view.file
+        source: playable.address
         onSourceChanged: play()
         videoOutput: output
         audioOutput: sound.item as AudioOutput

@@ -7,40 +7,28 @@ import Tarquel
 ScrollView {
     id: view
 
-    property string text
+    property alias text: source.text
     property string label
-
-    readonly property int piece: 12000
-    property int shown: 0
     readonly property Flickable flickable: contentItem as Flickable
 
-    function endOfPiece(start: int): int {
-        if (start + piece >= text.length)
-            return text.length
-        const line = text.lastIndexOf("\n", start + piece)
-        if (line >= start + piece / 2)
-            return line + 1
-        const unit = text.charCodeAt(start + piece - 1)
-        return start + piece - (unit >= 0xd800 && unit < 0xdc00 ? 1 : 0)
+    LongText {
+        id: source
+        onTextChanged: view.begin()
     }
+
     function begin() {
-        shown = endOfPiece(0)
-        area.text = text.slice(0, shown)
+        area.text = source.takePiece(0)
         flickable.contentY = 0
     }
     function goOn() {
-        if (shown >= text.length || flickable.contentY + 2 * height < flickable.contentHeight)
-            return
-        const end = endOfPiece(shown)
-        area.insert(area.length, text.slice(shown, end))
-        shown = end
+        if (!source.isTakenIn && flickable.contentY + 2 * height >= flickable.contentHeight)
+            area.insert(area.length, source.takePiece(area.length))
     }
 
     clip: true
     implicitWidth: 200
     implicitHeight: 100
     contentWidth: availableWidth
-    onTextChanged: begin()
     onHeightChanged: Qt.callLater(goOn)  // qmllint disable
 
     Connections {
@@ -62,10 +50,12 @@ ScrollView {
         Accessible.name: view.label
 
         Keys.onPressed: event => {
-            const all = selectionStart === 0 && selectionEnd === length && length > 0
-            if (!all || view.shown === view.text.length || !event.matches(StandardKey.Copy))
+            if (selectionStart === selectionEnd || !event.matches(StandardKey.Copy))
                 return
-            Clipboard.copy(view.text)
+            if (selectionStart === 0 && selectionEnd === length)
+                source.copyAll()
+            else
+                source.copyPart(getText(selectionStart, selectionEnd), selectionStart)
             event.accepted = true
         }
     }

@@ -32,7 +32,7 @@ QtObject {
         target: job.app.jobs
         function onRowsInserted() { job.refresh() }
         function onRowsRemoved() { Qt.callLater(job.refresh) }  // qmllint disable
-        function onRowsMoved() { job.refresh() }
+        function onRowsMoved() { Qt.callLater(job.refresh) }  // qmllint disable
         function onDataChanged(first, last) {
             const row = job.row()
             if (first.row <= row && row <= last.row)

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "TarquelApp/Desktop/MuteBuses.hpp"
 #include "TarquelApp/Desktop/SingleInstance.hpp"
 
 namespace {
@@ -22,6 +23,7 @@ void say(const QByteArray& what, const QByteArray& more = {}) {
 int main(int argumentCount, char** arguments) {
   using namespace tq;
   const auto request = LaunchRequest::read({arguments + 2, arguments + argumentCount}, std::filesystem::current_path());
+  leaveOutMuteBuses();
   QCoreApplication application(argumentCount, arguments);
   SingleInstance instance(QDBusConnection::sessionBus(), std::chrono::milliseconds(std::atoi(arguments[1])));
   QObject::connect(&instance, &SingleInstance::filesOpened, [](const QList<QUrl>& files) {
