@@ -23,15 +23,6 @@ struct Start {
   double proportionalMegabytes = 0;
 };
 
-/// A field of proc_pid_smaps_rollup(5), in MB.
-double memoryOf(qint64 process, const QByteArray& field) {
-  QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(process));
-  if (!file.open(QIODevice::ReadOnly)) return 0;
-  for (const QByteArray& line : file.readAll().split('\n'))
-    if (line.startsWith(field + ":")) return line.simplified().split(' ').value(1).toDouble() / 1024;
-  return 0;
-}
-
 /// Both of Qt's render loops end such a line with what the picture took; nothing was drawn in no time at all.
 bool hasDrawn(const QByteArray& log) {
   return std::ranges::any_of(log.split('\n'), [](const QByteArray& line) {
@@ -74,6 +65,14 @@ double median(const std::vector<Start>& starts, double Start::*part) {
 }
 
 }  // namespace
+
+double memoryOf(qint64 process, const QByteArray& field) {
+  QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(process));
+  if (!file.open(QIODevice::ReadOnly)) return 0;
+  for (const QByteArray& line : file.readAll().split('\n'))
+    if (line.startsWith(field + ":")) return line.simplified().split(' ').value(1).toDouble() / 1024;
+  return 0;
+}
 
 void measureStart(const QString& program, int rounds) {
   startOnce(program);  // from now on the files are in memory

@@ -109,6 +109,24 @@ void measureRawResponse(TimedApplication& application, std::size_t megabytes) {
   costs.print("100 turns of the wheel over it");
 }
 
+/// Memory while jobs that are done are shown one after the other with their frames.
+void measureMemory(TimedApplication& application, int jobs) {
+  constexpr int shownAtATime = 500;
+  WindowRig rig(application, {.frames = 4});
+  rig.makeClips(jobs);
+  rig.enqueue();
+  rig.runToEnd(jobs);
+  rig.item("queueList").forceActiveFocus(Qt::TabFocusReason);
+  std::printf("\n%d jobs done; resident after", jobs);
+  for (int shown = 0; shown <= 2000; shown += shownAtATime) {
+    std::printf(" %d shown: %.0f MB;", shown, memoryOf(QCoreApplication::applicationPid(), "Rss"));
+    std::fflush(stdout);
+    for (int row = 0; row < shownAtATime; ++row)
+      rig.costs().step([&] { rig.press(Qt::Key_Down); });
+  }
+  std::printf("\n");
+}
+
 struct Part {
   const char* name;
   std::function<void(TimedApplication&, int jobs)> measure;
@@ -122,6 +140,7 @@ const Part parts[] = {
        for (const std::size_t megabytes : {1, 8, 16})
          measureRawResponse(application, megabytes);
      }},
+    {"memory", measureMemory},
 };
 
 struct UseOptions {
@@ -132,7 +151,7 @@ struct UseOptions {
 
 [[noreturn]] void explain() {
   throw std::invalid_argument(
-      "usage: measure-window start PROGRAM | use [--only queue|results|raw] [--trace MS] [JOBS]");
+      "usage: measure-window start PROGRAM | use [--only queue|results|raw|memory] [--trace MS] [JOBS]");
 }
 
 UseOptions useOptions(std::span<char* const> arguments) {
