@@ -23,7 +23,7 @@ constexpr std::size_t sliceLength = 256;
 
 /// How much news is applied at a time. A piece of news moves a row of a view, which then costs up to a tenth of a
 /// millisecond; the owner looks at its clock between one portion and the next.
-constexpr std::size_t newsLength = 16;
+constexpr std::size_t newsLength = 4;
 
 /// Calls `use` with one slice of `items` after the other.
 template <class Item, class Use>
