@@ -1,5 +1,7 @@
 #include "TarquelApp/MainWindow.hpp"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QVariantMap>
 #include <stdexcept>
 #include <utility>
@@ -43,6 +45,9 @@ MainWindow::MainWindow(AppState& app, AppDelegate& delegate, DesktopActions& des
 MainWindow::~MainWindow() {
   delegate_.onOpenURLs = nullptr;
   delegate_.activeJobCount = nullptr;
+  // The views, and rows of theirs that have gone, let go of what is still being made for them before the engine ends.
+  delete window_;
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 }  // namespace tq

@@ -143,7 +143,11 @@ std::vector<pid_t> RunningProgram::children() const {
 
 void RunningProgram::waitForChild() const {
   const auto patience = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (children().empty()) {
+  const auto hasEnded = [this] {
+    siginfo_t info{};
+    return ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == pid_;
+  };
+  while (children().empty() && !hasEnded()) {
     check(std::chrono::steady_clock::now() < patience, "the program never started a process");
     std::this_thread::yield();
   }

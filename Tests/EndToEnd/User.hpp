@@ -53,7 +53,7 @@ class RunningProgram {
   /// The processes it has started that have not ended.
   std::vector<pid_t> children() const;
 
-  /// Blocks until it has started a process that has not ended.
+  /// Blocks until it has started a process that has not ended, or has ended itself.
   void waitForChild() const;
 
   /// Blocks until it has ended.
