@@ -66,63 +66,57 @@ ItemDelegate {
         border.color: Theme.accent
     }
 
-    // Thirteen rows at once would be more than a picture has time for.
-    contentItem: Loader {
-        asynchronous: true
-        // qmllint disable unqualified
-        sourceComponent: RowLayout {
-            spacing: 10
+    contentItem: RowLayout {
+        spacing: 10
 
-            StatusIcon {
-                objectName: "rowStatus"
-                status: row.status
-                label: row.statusLabel
-            }
-            ColumnLayout {
+        StatusIcon {
+            objectName: "rowStatus"
+            status: row.status
+            label: row.statusLabel
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 4
+
+            RowLayout {
                 Layout.fillWidth: true
-                spacing: 4
+                spacing: 6
 
-                RowLayout {
-                    Layout.fillWidth: true
-                    spacing: 6
-
-                    Caption {
-                        objectName: "rowName"
-                        Layout.fillWidth: true
-                        Accessible.ignored: true
-                        text: row.fileName
-                        elide: Text.ElideMiddle
-                        color: Theme.text
-                    }
-                    BadgeView {
-                        objectName: "rowBadge"
-                        badge: row.badge
-                        help: row.badgeHelp
-                    }
-                    ModelPill {
-                        objectName: "rowModel"
-                        text: row.modelId
-                    }
-                }
-                ThinProgressBar {
-                    objectName: "rowProgress"
-                    Layout.fillWidth: true
-                    visible: row.isWorking
-                    value: row.progress
-                    label: "Progress of " + row.fileName
-                }
                 Caption {
-                    objectName: "rowSecondLine"
+                    objectName: "rowName"
                     Layout.fillWidth: true
-                    visible: text !== ""
                     Accessible.ignored: true
-                    text: row.secondLine
-                    font.pixelSize: Theme.captionSize
-                    color: row.error ? Theme.red : Theme.secondaryText
+                    text: row.fileName
+                    elide: Text.ElideMiddle
+                    color: Theme.text
                 }
+                BadgeView {
+                    objectName: "rowBadge"
+                    badge: row.badge
+                    help: row.badgeHelp
+                }
+                ModelPill {
+                    objectName: "rowModel"
+                    text: row.modelId
+                }
+            }
+            ThinProgressBar {
+                objectName: "rowProgress"
+                Layout.fillWidth: true
+                visible: row.isWorking
+                value: row.progress
+                label: "Progress of " + row.fileName
+            }
+            Caption {
+                objectName: "rowSecondLine"
+                Layout.fillWidth: true
+                visible: text !== ""
+                Accessible.ignored: true
+                text: row.secondLine
+                font.pixelSize: Theme.captionSize
+                color: row.error ? Theme.red : Theme.secondaryText
             }
         }
-        // qmllint enable unqualified
     }
 
     // Dragged with the mouse, a row is its file.
