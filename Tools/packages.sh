@@ -2,7 +2,7 @@
 
 build_packages=(g++ cmake ninja-build pkg-config mold ccache nlohmann-json3-dev libsimdjson-dev libicu-dev
   libcurl4-openssl-dev libssl-dev uuid-dev qt6-base-dev qt6-declarative-dev
-  qt6-declarative-dev-tools qt6-svg-dev libgl-dev libavformat-dev libavcodec-dev libavutil-dev
+  qt6-declarative-dev-tools qt6-multimedia-dev qt6-svg-dev libgl-dev libavformat-dev libavcodec-dev libavutil-dev
   libswscale-dev libturbojpeg0-dev librsvg2-bin)
 run_packages=(ffmpeg ca-certificates fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji qml6-module-qtqml
   qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtcore qml6-module-qtquick

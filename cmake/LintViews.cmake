@@ -8,6 +8,7 @@ file(COPY ${views} ${MODULE}/TarquelApp.qmltypes DESTINATION ${folder})
 file(READ ${MODULE}/qmldir list)
 string(REGEX REPLACE "prefer [^\n]*\n" "" list "${list}")
 string(REPLACE " Views/" " " list "${list}")
+file(COPY ${MODULE}/Playback/qmldir ${MODULE}/Playback/TarquelPlayback.qmltypes DESTINATION ${folder}/Playback)
 # Where the base types of the house's own stand; the build knows them from C++.
 file(WRITE ${folder}/qmldir "${list}depends QtQuick\ndepends QtQml.Models\n")
 

@@ -2,11 +2,8 @@
 
 #include <QColor>
 #include <QGuiApplication>
-#include <QOpenGLContext>
 #include <QPalette>
 #include <QQuickStyle>
-#include <QQuickWindow>
-#include <QSGRendererInterface>
 #include <array>
 
 namespace tq {
@@ -54,10 +51,6 @@ void prepareForApplication() {
   // The other back end of the multimedia module ends the program where its plugins are missing.
   if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND")) qputenv("QT_MEDIA_BACKEND", "ffmpeg");
   QQuickStyle::setStyle(QStringLiteral("Fusion"));
-}
-
-void chooseRenderer() {
-  if (QOpenGLContext context; !context.create()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
 void setAppearance(bool dark) {

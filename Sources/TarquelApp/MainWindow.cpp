@@ -24,6 +24,7 @@ MainWindow::MainWindow(AppState& app, AppDelegate& delegate, DesktopActions& des
                        std::shared_ptr<const Clock> clock)
     : delegate_(delegate), detail_(app, shelf_, std::move(clock)) {
   linkViews();
+  engine_.addImportPath(QCoreApplication::applicationDirPath() + QStringLiteral("/" TQ_INSTALLED_MODULES));
   engine_.addImportPath(QStringLiteral(":/qt/qml"));
   engine_.addImageProvider(QStringLiteral("icons"), new IconPictures);
   engine_.addImageProvider(QStringLiteral("frames"), new FramePictures(shelf_));

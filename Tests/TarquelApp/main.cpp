@@ -8,6 +8,7 @@
 int main(int argumentCount, char** arguments) {
   testing::InitGoogleTest(&argumentCount, arguments);
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QML_IMPORT_PATH", TQ_QML_MODULES);
   tq::prepareForApplication();
   const QGuiApplication application(argumentCount, arguments);
   tq::setAppearance(false);

@@ -65,7 +65,7 @@ AVPixelFormat plainFormat(const AVFrame& frame, bool& fullRange) {
   return static_cast<AVPixelFormat>(frame.format);
 }
 
-/// The table of libswscale for the frame's matrix. Untagged video is BT.709 in high definition and BT.601 below.
+/// The table of libswscale for the frame's matrix.
 int matrixOf(const AVFrame& frame) {
   switch (frame.colorspace) {
     case AVCOL_SPC_BT709: return SWS_CS_ITU709;
@@ -77,13 +77,6 @@ int matrixOf(const AVFrame& frame) {
     case AVCOL_SPC_BT2020_CL: return SWS_CS_BT2020;
     default: return frame.width >= 1280 || frame.height >= 720 ? SWS_CS_ITU709 : SWS_CS_ITU601;
   }
-}
-
-VideoColours coloursOf(const AVFrame& frame) {
-  VideoColours colours{.matrix = matrixOf(frame)};
-  const AVPixelFormat format = plainFormat(frame, colours.fullRange);
-  colours.depth = av_pix_fmt_desc_get(format)->comp[0].depth;
-  return colours;
 }
 
 bool isRGB(const AVFrame& frame) {
@@ -234,6 +227,13 @@ int turboSampling(const AVFrame& frame) {
 }
 
 }  // namespace
+
+VideoColours coloursOf(const AVFrame& frame) {
+  VideoColours colours{.matrix = matrixOf(frame)};
+  const AVPixelFormat format = plainFormat(frame, colours.fullRange);
+  colours.depth = av_pix_fmt_desc_get(format)->comp[0].depth;
+  return colours;
+}
 
 Orientation Orientation::fromMatrix(const std::array<std::int32_t, 9>& matrix) {
   const std::int64_t a = matrix[0], b = matrix[1], c = matrix[3], d = matrix[4];

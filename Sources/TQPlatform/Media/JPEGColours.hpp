@@ -13,6 +13,9 @@ struct VideoColours {
   bool operator==(const VideoColours&) const = default;
 };
 
+/// Those of a frame. Untagged video is BT.709 in high definition and BT.601 below.
+VideoColours coloursOf(const AVFrame& frame);
+
 /// Brings planes of video to the colours of a JPEG, which are those of ITU-R BT.601 in full range (JFIF 1.02), rounded
 /// to the nearest number. Colours that only the video's range holds become the nearest ones in each plane.
 ///

@@ -32,6 +32,7 @@
 #include "TarquelApp/DesktopActions.hpp"
 #include "TarquelApp/DesktopStatus.hpp"
 #include "TarquelApp/MainWindow.hpp"
+#include "TarquelApp/Renderer.hpp"
 
 namespace {
 

@@ -11,7 +11,8 @@ Item {
     property url file
     readonly property bool canPlay: player.hasVideo && player.error === MediaPlayer.NoError
     // Not before the first picture, nor after the last one: what stands there then is the poster.
-    readonly property bool hasPicture: canPlay && player.playbackState !== MediaPlayer.StoppedState && player.position > 0  // qmllint disable
+    readonly property bool hasPicture: canPlay && hasStarted && (pictures.item?.hasPicture ?? false)  // qmllint disable
+    readonly property bool hasStarted: player.playbackState !== MediaPlayer.StoppedState && player.position > 0  // qmllint disable
 
     function toggle() {
         if (player.playbackState === MediaPlayer.PlayingState)
@@ -36,14 +37,15 @@ Item {
         id: player
         source: playable.address
         onSourceChanged: play()
-        videoOutput: output
+        videoOutput: pictures.item ? pictures.item.output : null  // qmllint disable
         audioOutput: sound.item as AudioOutput
     }
-    VideoOutput {
-        id: output
+    Loader {
+        id: pictures
         anchors.fill: parent
         anchors.bottomMargin: controls.height
         visible: view.hasPicture
+        source: GraphicsInfo.api === GraphicsInfo.Software ? "VideoBySoftware.qml" : "VideoByGraphics.qml"
     }
 
     RowLayout {

@@ -76,11 +76,11 @@ Window {
             color: Theme.secondaryText
         }
 
-        // A desktop without the multimedia module, or without a way to draw its pictures, has the poster.
+        // A desktop without the multimedia module has the poster.
         Loader {
             id: player
             anchors.fill: parent
-            active: GraphicsInfo.api !== GraphicsInfo.Software && GraphicsInfo.api !== GraphicsInfo.Unknown
+            active: GraphicsInfo.api !== GraphicsInfo.Unknown
             source: "QuickLookPlayer.qml"
             onLoaded: item.file = Qt.binding(() => preview.file)
         }

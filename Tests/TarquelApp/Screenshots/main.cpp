@@ -15,6 +15,7 @@
 int main(int argumentCount, char** arguments) {
   using namespace tq;
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QML_IMPORT_PATH", TQ_QML_MODULES);
   prepareForApplication();
   const QGuiApplication application(argumentCount, arguments);
   QCommandLineParser parser;
