@@ -5,10 +5,12 @@
 #include <QQmlEngine>
 #include <QStandardPaths>
 #include <QUrl>
+#include <QWindow>
 #include <filesystem>
 #include <functional>
 #include <utility>
 
+#include "TarquelApp/Desktop/FilePanel.hpp"
 #include "TarquelApp/Text.hpp"
 
 namespace tq {
@@ -24,10 +26,13 @@ class DesktopActions : public QObject {
 
  public:
   using Show = std::function<void(const std::filesystem::path& file)>;
+  using Ask = std::function<void(const FileQuestion& question, FileQuestion::Answer answer)>;
 
   /// @param showInFileManager  shows a file in its folder
-  explicit DesktopActions(Show showInFileManager, QObject* parent = nullptr)
-      : QObject(parent), showInFileManager_(std::move(showInFileManager)) {}
+  /// @param askForFiles        opens the desktop's panel, as `FilePanel::ask`; empty: it has none. It does not answer
+  ///                           after this object's end
+  explicit DesktopActions(Show showInFileManager, Ask askForFiles = {}, QObject* parent = nullptr)
+      : QObject(parent), showInFileManager_(std::move(showInFileManager)), askForFiles_(std::move(askForFiles)) {}
 
   /// Where a user's clips probably are: the folder that the desktop calls so, if it is there, else the home folder.
   static QUrl videosFolder() {
@@ -46,11 +51,38 @@ class DesktopActions : public QObject {
     if (const auto path = pathOf(file); !path.empty()) showInFileManager_(path);
   }
 
+  /// Lets the user choose clips, or one folder of them, over that window. `chosen` follows when they did, or
+  /// `ownPanelWanted` where the desktop has no panel for it.
+  Q_INVOKABLE void chooseClips(QWindow* window, const QString& title, const QStringList& namePatterns) {
+    ask({.title = title, .namePatterns = namePatterns, .folder = videosFolder(), .window = window});
+  }
+  Q_INVOKABLE void chooseFolder(QWindow* window, const QString& title) {
+    ask({.title = title, .wantsFolder = true, .folder = videosFolder(), .window = window});
+  }
+
  Q_SIGNALS:
   void reducedMotionChanged();
+  void chosen(const QList<QUrl>& urls);
+  void ownPanelWanted(bool forFolder);
 
  private:
+  void ask(const FileQuestion& question) {
+    const auto answer = [this, forFolder = question.wantsFolder](const std::optional<QList<QUrl>>& urls) {
+      if (!urls) {
+        Q_EMIT ownPanelWanted(forFolder);
+      } else if (!urls->isEmpty()) {
+        Q_EMIT chosen(*urls);
+      }
+    };
+    if (askForFiles_) {
+      askForFiles_(question, answer);
+    } else {
+      answer(std::nullopt);
+    }
+  }
+
   Show showInFileManager_;
+  Ask askForFiles_;
   bool reducedMotion_ = false;
 };
 

@@ -45,7 +45,10 @@ QString plainLabel(const QQuickItem& item) {
 }  // namespace
 
 WindowHarness::WindowHarness()
-    : desktop_([this](const std::filesystem::path& file) { shownInFileManager.push_back(file); }) {
+    : desktop_([this](const std::filesystem::path& file) { shownInFileManager.push_back(file); },
+               [this](const FileQuestion& question, const FileQuestion::Answer& answer) {
+                 filePanel ? filePanel(question, answer) : answer(std::nullopt);
+               }) {
   desktop_.setReducedMotion(true);
   save(engine.settings);
   engine.stages.clock = std::make_shared<SystemClock>();

@@ -129,7 +129,8 @@ class WindowHarness {
   AppSupportPaths paths{engine.folder / "home"};
   AppDelegate delegate;
   std::vector<std::filesystem::path> shownInFileManager;
-  int terminations = 0;  ///< how often the program was told to end
+  DesktopActions::Ask filePanel;  ///< the desktop's; empty: it has none
+  int terminations = 0;           ///< how often the program was told to end
 
  private:
   const Job* find(const std::string& name) const;

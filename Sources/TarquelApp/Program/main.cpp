@@ -9,6 +9,7 @@
 #include <iostream>
 #include <memory>
 #include <span>
+#include <utility>
 
 #include "TQPersistence/AppSupportPaths.hpp"
 #include "TQPipeline/JobStages.hpp"
@@ -23,6 +24,7 @@
 #include "TarquelApp/Desktop/BringToFront.hpp"
 #include "TarquelApp/Desktop/ColorScheme.hpp"
 #include "TarquelApp/Desktop/FileBrowser.hpp"
+#include "TarquelApp/Desktop/FilePanel.hpp"
 #include "TarquelApp/Desktop/LaunchRequest.hpp"
 #include "TarquelApp/Desktop/LauncherEntry.hpp"
 #include "TarquelApp/Desktop/MotionPreference.hpp"
@@ -55,7 +57,10 @@ int run(QGuiApplication& application, const LaunchRequest& request) {
 
   AppDelegate delegate;
   FileBrowser files(session);
-  DesktopActions desktop([&files](const std::filesystem::path& file) { files.show(file); });
+  FilePanel panel(session);
+  DesktopActions desktop(
+      [&files](const std::filesystem::path& file) { files.show(file); },
+      [&panel](const FileQuestion& question, FileQuestion::Answer answer) { panel.ask(question, std::move(answer)); });
   const MotionPreference motion(session);
   QObject::connect(&motion, &MotionPreference::changed, &desktop, &DesktopActions::setReducedMotion);
   AppState state(AppSupportPaths::ofUser(), standardJobStages(std::make_shared<CurlSession>()));

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
 import Tarquel
 
 // The main window: its commands, and what stands in it.
@@ -43,7 +42,7 @@ ApplicationWindow {
         updater: window.updater
         sidebar: content.sidebar
         onPreferencesRequested: preferences.show()
-        onFolderRequested: folderDialog.open()
+        onFolderRequested: openPanels.openFolder()
         onQuitRequested: window.delegate.terminate()
     }
 
@@ -67,27 +66,10 @@ ApplicationWindow {
         app: window.app
     }
 
-    FileDialog {
-        id: fileDialog
-        objectName: "fileDialog"
-        title: "Open Video…"
-        fileMode: FileDialog.OpenFiles
-        currentFolder: window.desktop.videosFolder
-        nameFilters: [`Video files (${Array.from(window.app.videoNamePatterns).join(" ")})`, "All files (*)"]
-        onAccepted: window.app.enqueue(selectedFiles)
-    }
-
-    FolderDialog {
-        id: folderDialog
-        objectName: "folderDialog"
-        title: "Open Folder…"
-        currentFolder: window.desktop.videosFolder
-        onAccepted: window.app.enqueue([selectedFolder])
-    }
-
-    Connections {
-        target: window.app
-        function onOpenPanelRequested() { fileDialog.open() }
+    OpenPanels {
+        id: openPanels
+        app: window.app
+        desktop: window.desktop
     }
 
     Connections {
