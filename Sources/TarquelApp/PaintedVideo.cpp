@@ -19,6 +19,12 @@ PaintedVideo::~PaintedVideo() {
   workshop_->close();
 }
 
+void PaintedVideo::setClockwise(int clockwise) {
+  if (std::exchange(clockwise_, clockwise) == clockwise) return;
+  workshop_->setTurn(clockwise);
+  Q_EMIT clockwiseChanged();
+}
+
 void PaintedVideo::takeReady() {
   if (isNew_) return;  // the window has not drawn the last one; it asks again then
   auto ready = workshop_->take();

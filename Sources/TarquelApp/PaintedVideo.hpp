@@ -14,11 +14,16 @@ class PaintedVideo : public QQuickItem, public PictureScreen {
   Q_OBJECT
   QML_ELEMENT
   Q_INTERFACES(tq::PictureScreen)
+  Q_PROPERTY(int clockwise READ clockwise WRITE setClockwise NOTIFY clockwiseChanged)
   Q_PROPERTY(bool hasPicture READ hasPicture NOTIFY hasPictureChanged)
 
  public:
   explicit PaintedVideo(QQuickItem* parent = nullptr);
   ~PaintedVideo() override;
+
+  /// How the clip's pictures have to be turned: 0, 90, 180 or 270 degrees.
+  int clockwise() const { return clockwise_; }
+  void setClockwise(int clockwise);
 
   /// False before the first picture, and again when the player has none any more.
   bool hasPicture() const { return !ready_.image.isNull(); }
@@ -26,6 +31,7 @@ class PaintedVideo : public QQuickItem, public PictureScreen {
   std::shared_ptr<PictureReceiver> receiver() const override { return workshop_; }
 
  Q_SIGNALS:
+  void clockwiseChanged();
   void hasPictureChanged();
 
  protected:
@@ -38,6 +44,7 @@ class PaintedVideo : public QQuickItem, public PictureScreen {
   QSizeF stage() const;
 
   const std::shared_ptr<PictureWorkshop> workshop_;
+  int clockwise_ = 0;
   PictureWorkshop::Ready ready_;  ///< what is shown
   bool isNew_ = false;            ///< and not drawn yet
 };

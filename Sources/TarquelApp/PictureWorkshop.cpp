@@ -64,6 +64,13 @@ void PictureWorkshop::setStage(const QSizeF& stage) {
   changed_.notify_one();
 }
 
+void PictureWorkshop::setTurn(int clockwise) {
+  const std::scoped_lock lock(mutex_);
+  if (std::exchange(turn_, clockwise) == clockwise) return;
+  isNew_ = isNew_ || latest_.owner;
+  changed_.notify_one();
+}
+
 std::optional<PictureWorkshop::Ready> PictureWorkshop::take() {
   const std::scoped_lock lock(mutex_);
   changed_.notify_one();
@@ -75,7 +82,8 @@ void PictureWorkshop::work(const std::stop_token& stop) {
   std::unique_lock lock(mutex_);
   while (changed_.wait(lock, stop, [this] { return isNew_ && !ready_ && !stage_.isEmpty(); })) {
     isNew_ = false;
-    const PlayedPicture played = latest_;
+    PlayedPicture played = latest_;
+    if (played.clockwise == 0) played.clockwise = turn_;
     const QSizeF stage = stage_;
     lock.unlock();
     Ready ready{.natural = naturalSize(played)};

@@ -35,6 +35,9 @@ class PictureWorkshop : public PictureReceiver {
   /// The pixels of the screen that pictures have to fit in. The present one is made anew.
   void setStage(const QSizeF& stage);
 
+  /// How pictures have to be turned that do not say it themselves: 0, 90, 180 or 270 degrees clockwise.
+  void setTurn(int clockwise);
+
   std::optional<Ready> take();
 
   /// Afterwards `arrived` is not called any more.
@@ -49,6 +52,7 @@ class PictureWorkshop : public PictureReceiver {
   PlayedPicture latest_;
   bool isNew_ = false;  ///< it has to be made ready
   QSizeF stage_;
+  int turn_ = 0;
   std::optional<Ready> ready_;
   std::jthread thread_;
 };

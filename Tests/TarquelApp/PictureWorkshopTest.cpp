@@ -96,6 +96,14 @@ TEST_F(PictureWorkshopTest, MakesThemUpright) {
   }
 }
 
+TEST_F(PictureWorkshopTest, TurnsWhatDoesNotSayHowItLies) {
+  workshop.setStage({120, 120});
+  EXPECT_EQ(cornersOf(made(quarters()).image), "red green blue white");
+  workshop.setTurn(90);
+  EXPECT_EQ(cornersOf(next().image), "blue red white green");
+  EXPECT_EQ(cornersOf(made(quarters(180)).image), "white blue green red");
+}
+
 TEST_F(PictureWorkshopTest, WhatNobodyCameToTakeIsLeftOut) {
   workshop.setStage({80, 60});
   workshop.show(quarters());

@@ -13,6 +13,7 @@
 namespace tq {
 namespace {
 
+using test::cornersByBrightness;
 using test::expectSoon;
 using test::h264;
 using test::makeVideo;
@@ -92,6 +93,13 @@ TEST_F(WindowQuickLookPlay, APausedPictureFollowsTheSizeOfTheWindow) {
     preview.resize(size);
     expectSoon([&] { return numberShown(seen(192, 32)); }, number);
   }
+}
+
+TEST_F(WindowQuickLookPlay, AClipThatLiesOnItsSideIsUpright) {
+  const Bytes stored = test::readClip(makeVideo(test::fourQuarters(20), h264(), "mp4"));
+  lookAt(test::writeClip(engine.folder / "stored.mp4", test::withMatrix(stored, test::rotation(90))));
+  turnUntilItPlays();
+  EXPECT_EQ(cornersByBrightness(seen(120, 160)), "tr br tl bl");
 }
 
 TEST_F(WindowQuickLookPlay, ItIsClosedWhileItPlaysAndOpenedAgain) {

@@ -11,6 +11,7 @@
 #include "TQPlatform/Media/ToneMap.hpp"
 
 extern "C" {
+#include <libavformat/avformat.h>
 #include <libavutil/frame.h>
 #include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
@@ -239,6 +240,20 @@ Orientation Orientation::fromMatrix(const std::array<std::int32_t, 9>& matrix) {
   const std::int64_t a = matrix[0], b = matrix[1], c = matrix[3], d = matrix[4];
   if (std::abs(a) + std::abs(d) >= std::abs(b) + std::abs(c)) return {false, a < 0, d < 0};
   return {true, c < 0, b < 0};
+}
+
+Orientation Orientation::of(const AVStream& stream) {
+  std::size_t size = 0;
+  const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+  std::array<std::int32_t, 9> values{};
+  if (!matrix || size < sizeof(values)) return {};
+  std::memcpy(values.data(), matrix, sizeof(values));
+  return fromMatrix(values);
+}
+
+std::optional<int> Orientation::clockwise() const {
+  if (transposed == (mirroredX == mirroredY)) return std::nullopt;
+  return (transposed ? 90 : 0) + (mirroredY ? 180 : 0);
 }
 
 int Image::width() const {

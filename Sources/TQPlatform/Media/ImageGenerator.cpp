@@ -137,13 +137,7 @@ void ImageGenerator::Decoder::open() {
     throw MediaError("the decoder refuses its video format");
   for (unsigned other = 0; other < format.nb_streams; ++other)
     format.streams[other]->discard = format.streams[other] == chosen ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-  std::size_t size = 0;
-  const std::uint8_t* matrix = av_stream_get_side_data(chosen, AV_PKT_DATA_DISPLAYMATRIX, &size);
-  std::array<std::int32_t, 9> values{};
-  if (matrix && size >= sizeof(values)) {
-    std::copy_n(matrix, sizeof(values), reinterpret_cast<std::uint8_t*>(values.data()));
-    orientation = Orientation::fromMatrix(values);
-  }
+  orientation = Orientation::of(*chosen);
   stream = chosen;
   index.emplace(format, *chosen, asset.origin);
   codec = std::move(context);

@@ -2,9 +2,12 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "TQPlatform/Media/Image.hpp"
 #include "TQPlatform/Media/Libav.hpp"
+
+struct AVStream;
 
 namespace tq {
 
@@ -18,6 +21,12 @@ struct Orientation {
   /// The way that comes nearest to a track's matrix {a, b, u, c, d, v, x, y, w} (ISO/IEC 14496-12, 8.3.2.3), which puts
   /// the stored point (p, q) at (ap + cq, bp + dq). A matrix of zeros, which would show nothing, counts as upright.
   static Orientation fromMatrix(const std::array<std::int32_t, 9>& matrix);
+
+  /// That of a track.
+  static Orientation of(const AVStream& stream);
+
+  /// Degrees, 0, 90, 180 or 270; absent when the picture is mirrored, which no turn makes good.
+  std::optional<int> clockwise() const;
 
   bool upright() const { return *this == Orientation{}; }
   bool operator==(const Orientation&) const = default;

@@ -9,6 +9,7 @@
 #include <new>
 #include <string_view>
 
+#include "TQPlatform/Media/ImageStorage.hpp"
 #include "TQPlatform/Media/MediaAssetState.hpp"
 #include "TQPlatform/Media/MovieEdits.hpp"
 
@@ -127,6 +128,7 @@ MediaTrack trackOf(const AVStream& stream) {
   track.naturalWidth = std::max(stream.codecpar->width, 0);
   track.naturalHeight = std::max(stream.codecpar->height, 0);
   track.nominalFrameRate = static_cast<float>(rateOf(stream));
+  track.clockwise = Orientation::of(stream).clockwise().value_or(0);
   return track;
 }
 

@@ -26,6 +26,7 @@ struct MediaTrack {
   int naturalWidth = 0;  ///< pixels as stored; 0 for anything but video
   int naturalHeight = 0;
   float nominalFrameRate = 0;  ///< frames a second; 0 when unknown
+  int clockwise = 0;           ///< degrees by which it has to be turned: 0, 90, 180 or 270; 0 for mirrored ones
   /// Four-character code of the first sample description, most significant byte first; absent when there is none.
   std::optional<std::uint32_t> mediaSubtype;
 };

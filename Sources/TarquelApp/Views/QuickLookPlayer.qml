@@ -33,10 +33,14 @@ Item {
         id: playable
         file: view.file
     }
+    ClipOrientation {
+        id: lie
+        file: view.file
+    }
     MediaPlayer {
         id: player
-        source: playable.address
-        onSourceChanged: play()
+        source: lie.isKnown ? playable.address : ""
+        onSourceChanged: if (String(player.source) !== "") play()
         videoOutput: pictures.item ? pictures.item.output : null  // qmllint disable
         audioOutput: sound.item as AudioOutput
     }
@@ -46,6 +50,7 @@ Item {
         anchors.bottomMargin: controls.height
         visible: view.hasPicture
         source: GraphicsInfo.api === GraphicsInfo.Software ? "VideoBySoftware.qml" : "VideoByGraphics.qml"
+        onLoaded: item.clockwise = Qt.binding(() => lie.clockwise)
     }
 
     RowLayout {

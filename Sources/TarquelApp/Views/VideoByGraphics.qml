@@ -4,4 +4,7 @@ import QtMultimedia
 VideoOutput {
     readonly property bool hasPicture: true
     readonly property var output: this
+    property int clockwise
+
+    orientation: clockwise
 }

@@ -50,6 +50,22 @@ INSTANTIATE_TEST_SUITE_P(
                     Turn{"MatrixOfZeros", {}, "tl tr bl br", false}),
     [](const auto& turn) { return turn.param.name; });
 
+TEST(UprightPictures, ATrackTellsHowItHasToBeTurned) {
+  const TemporaryFolder folder;
+  const Bytes stored = readClip(makeVideo(fourQuarters(), h264(), "mp4"));
+  const auto clockwise = [&](const std::array<std::int32_t, 9>& matrix) {
+    return MediaAsset(writeClip(folder / "turned.mp4", withMatrix(stored, matrix))).tracks().front().clockwise;
+  };
+  for (const int degrees : {0, 90, 180, 270})
+    EXPECT_EQ(clockwise(rotation(degrees)), degrees);
+  for (const auto& mirrored : {std::array<std::int32_t, 9>{-one, 0, 0, 0, one, 0, 0, 0, unit},
+                               {one, 0, 0, 0, -one, 0, 0, 0, unit},
+                               {0, one, 0, one, 0, 0, 0, 0, unit},
+                               {0, -one, 0, -one, 0, 0, 0, 0, unit},
+                               {}})
+    EXPECT_EQ(clockwise(mirrored), 0);
+}
+
 TEST(UprightPictures, RotationsWrittenByOthersAreUnderstood) {
   const auto stored = makeVideo(fourQuarters(), h264(), "mp4");
   // The tag counts counter-clockwise.
