@@ -39,7 +39,8 @@ Item {
     }
     MediaPlayer {
         id: player
-        source: lie.isKnown ? playable.address : ""
+        // Whose pictures nobody can show does not play.
+        source: lie.isKnown && pictures.item ? playable.address : ""
         onSourceChanged: if (String(player.source) !== "") play()
         videoOutput: pictures.item ? pictures.item.output : null  // qmllint disable
         audioOutput: sound.item as AudioOutput
