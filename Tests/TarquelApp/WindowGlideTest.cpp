@@ -145,6 +145,7 @@ TEST_F(WindowGlide, TheRowUnderThePointerStaysThere) {
   takeIn(40);
   scrollTo(100);
   const QPoint place = middleOf(nameOf(6));
+  QTest::mouseMove(&window(), place - QPoint(0, 1));  // Qt passes over a move to where a test before left the pointer
   QTest::mouseMove(&window(), place);
   expectSoon([&] { return row(nameOf(6)).property("hovered").toBool(); }, true);
   const auto hovered = inEveryPicture<bool>([&] { return row(nameOf(6)).property("hovered").toBool(); });
