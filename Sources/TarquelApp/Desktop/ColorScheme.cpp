@@ -6,13 +6,13 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include "TarquelApp/Desktop/Portal.hpp"
+
 namespace tq {
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString interface = portal::interface(QStringLiteral("Settings"));
 const QString area = QStringLiteral("org.freedesktop.appearance");
 const QString key = QStringLiteral("color-scheme");
 
@@ -30,13 +30,14 @@ ColorScheme::Preference preferenceOf(QVariant value) {
 }  // namespace
 
 ColorScheme::ColorScheme(QDBusConnection bus, QObject* parent) : QObject(parent), bus_(std::move(bus)) {
-  bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+  bus_.connect(portal::anySender(), portal::path(), interface, QStringLiteral("SettingChanged"), this,
                SLOT(settingChanged(QString, QString, QDBusVariant)));
 }
 
 ColorScheme::Preference ColorScheme::ask(std::chrono::milliseconds patience) {
   if (!bus_.isConnected()) return Preference::none;
-  QDBusMessage question = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+  QDBusMessage question =
+      QDBusMessage::createMethodCall(portal::service(), portal::path(), interface, QStringLiteral("Read"));
   question << area << key;
   QDBusPendingCallWatcher answer(bus_.asyncCall(question, static_cast<int>(patience.count())));
   QEventLoop loop;

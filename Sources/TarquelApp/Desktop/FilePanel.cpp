@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <utility>
 
+#include "TarquelApp/Desktop/Portal.hpp"
 #include "TarquelApp/Desktop/PortalRequest.hpp"
 #include "TarquelApp/Text.hpp"
 
@@ -113,7 +114,7 @@ void FilePanel::ask(const FileQuestion& question, FileQuestion::Answer answer) {
   };
   const QVariantList arguments{nameOf(question.window), question.title};
   request_ = std::make_unique<PortalRequest>(
-      bus_, QStringLiteral("org.freedesktop.portal.FileChooser"), QStringLiteral("OpenFile"), arguments,
+      bus_, portal::interface(QStringLiteral("FileChooser")), QStringLiteral("OpenFile"), arguments,
       optionsFor(question, lastFolder_.isEmpty() ? question.folder : lastFolder_), patience_,
       PortalRequest::Handlers{.answered = answered, .failed = [answer] { answer(std::nullopt); }});
 }

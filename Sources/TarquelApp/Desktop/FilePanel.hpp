@@ -37,7 +37,7 @@ class FilePanel : public QObject {
  public:
   /// @param bus       the session bus; it need not be connected
   /// @param patience  how long a portal may take, which the call may have to start first
-  explicit FilePanel(QDBusConnection bus, std::chrono::milliseconds patience = std::chrono::seconds(5),
+  explicit FilePanel(QDBusConnection bus, std::chrono::milliseconds patience = std::chrono::seconds(10),
                      QObject* parent = nullptr);
 
   /// As a panel that is closed.

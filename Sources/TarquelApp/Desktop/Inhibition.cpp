@@ -33,6 +33,7 @@ void Inhibition::drop() {
 }
 
 void Inhibition::lose() {
+  isLost_ = isAsking_;
   if (!held_) return;
   held_.reset();
   refuse();
@@ -41,6 +42,7 @@ void Inhibition::lose() {
 void Inhibition::take(const QDBusMessage& answer) {
   std::shared_ptr<void> inhibitor;
   if (answer.type() == QDBusMessage::ReplyMessage) inhibitor = take_(answer);
+  if (std::exchange(isLost_, false)) inhibitor.reset();
   if (!isWanted()) return;
   held_ = std::move(inhibitor);
   if (!held_) refuse();

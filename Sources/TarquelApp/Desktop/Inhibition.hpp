@@ -23,7 +23,7 @@ class Inhibition : public std::enable_shared_from_this<Inhibition> {
   /// From now on not wanted, and given back.
   void drop();
 
-  /// The service has gone and with it what it gave: if one was held, that counts as refused.
+  /// What the service gives, or has given, is worth nothing: that counts as refused.
   void lose();
 
   bool isWanted() const { return refused_ != nullptr; }
@@ -39,6 +39,7 @@ class Inhibition : public std::enable_shared_from_this<Inhibition> {
   std::function<void()> refused_;  ///< empty: not wanted
   std::shared_ptr<void> held_;
   bool isAsking_ = false;
+  bool isLost_ = false;  ///< what is asked for, before it has come
 };
 
 }  // namespace tq

@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "TarquelApp/Desktop/Portal.hpp"
+
 namespace tq {
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString interface = portal::interface(QStringLiteral("Settings"));
 
 struct Setting {
   QString area;
@@ -37,7 +37,7 @@ const std::array<Setting, 2> settings{{
 
 MotionPreference::MotionPreference(QDBusConnection bus, QObject* parent) : QObject(parent), bus_(std::move(bus)) {
   if (!bus_.isConnected()) return;
-  bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+  bus_.connect(portal::anySender(), portal::path(), interface, QStringLiteral("SettingChanged"), this,
                SLOT(settingChanged(QString, QString, QDBusVariant)));
   for (const Setting& setting : settings)
     ask(setting.area, setting.key);
@@ -48,7 +48,8 @@ bool MotionPreference::isReduced() const {
 }
 
 void MotionPreference::ask(const QString& area, const QString& key) {
-  QDBusMessage question = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+  QDBusMessage question =
+      QDBusMessage::createMethodCall(portal::service(), portal::path(), interface, QStringLiteral("Read"));
   question << area << key;
   auto* answer = new QDBusPendingCallWatcher(bus_.asyncCall(question), this);
   connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, area, key] {

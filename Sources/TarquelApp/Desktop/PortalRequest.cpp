@@ -2,24 +2,16 @@
 
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
-#include <QUuid>
 #include <utility>
 
 #include "TarquelApp/Desktop/BusCall.hpp"
+#include "TarquelApp/Desktop/Portal.hpp"
 
 namespace tq {
 
 namespace {
 
-const QString portal = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString requestInterface = QStringLiteral("org.freedesktop.portal.Request");
-
-/// Where a portal puts the request that brings this token, so that its answer cannot come before somebody listens.
-QString requestPath(const QDBusConnection& bus, const QString& token) {
-  const QString sender = bus.baseService().mid(1).replace(u'.', u'_');
-  return portalPath + QStringLiteral("/request/") + sender + u'/' + token;
-}
+const QString requestInterface = portal::interface(QStringLiteral("Request"));
 
 }  // namespace
 
@@ -27,14 +19,14 @@ PortalRequest::PortalRequest(QDBusConnection bus, const QString& interface, cons
                              QVariantList arguments, QVariantMap options, std::chrono::milliseconds patience,
                              Handlers handlers, QObject* parent)
     : QObject(parent), bus_(std::move(bus)), handlers_(std::move(handlers)) {
-  const QString token = QStringLiteral("tarquel") + QUuid::createUuid().toString(QUuid::Id128);
-  listenAt(requestPath(bus_, token));
+  const QString token = portal::requestToken();
+  listenAt(portal::requestPath(bus_, token));
   portalWatcher_.setConnection(bus_);
   portalWatcher_.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-  portalWatcher_.addWatchedService(portal);
+  portalWatcher_.addWatchedService(portal::service());
   connect(&portalWatcher_, &QDBusServiceWatcher::serviceUnregistered, this, &PortalRequest::fail);
 
-  auto call = QDBusMessage::createMethodCall(portal, portalPath, interface, method);
+  auto call = QDBusMessage::createMethodCall(portal::service(), portal::path(), interface, method);
   options.insert(QStringLiteral("handle_token"), token);
   arguments.append(options);
   call.setArguments(arguments);
@@ -49,11 +41,10 @@ PortalRequest::~PortalRequest() {
   if (!std::exchange(hasEnded_, true)) takeBack();
 }
 
-/// From whomever: nobody else knows the path, and to ask who owns the portal's name would wait for the bus.
 void PortalRequest::listenAt(const QString& path) {
   path_ = path;
-  const QString anyService;
-  bus_.connect(anyService, path, requestInterface, QStringLiteral("Response"), this, SLOT(respond(uint, QVariantMap)));
+  bus_.connect(portal::anySender(), path, requestInterface, QStringLiteral("Response"), this,
+               SLOT(respond(uint, QVariantMap)));
 }
 
 /// Portals before 0.9 choose a path of their own.
@@ -86,7 +77,7 @@ void PortalRequest::fail() {
 
 /// A portal that was too slow might still open its panel.
 void PortalRequest::takeBack() {
-  auto close = QDBusMessage::createMethodCall(portal, path_, requestInterface, QStringLiteral("Close"));
+  auto close = QDBusMessage::createMethodCall(portal::service(), path_, requestInterface, QStringLiteral("Close"));
   close.setAutoStartService(false);
   bus_.send(close);
 }

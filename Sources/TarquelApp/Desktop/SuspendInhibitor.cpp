@@ -7,27 +7,24 @@
 #include <utility>
 
 #include "TarquelApp/Desktop/Inhibition.hpp"
+#include "TarquelApp/Desktop/Portal.hpp"
 
 namespace tq {
 
 namespace {
-
-QString portalName() {
-  return QStringLiteral("org.freedesktop.portal.Desktop");
-}
 
 QString reason() {
   return QStringLiteral("Video files are being described");
 }
 
 /// https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Inhibit.html
-QDBusMessage askPortal() {
+QDBusMessage askPortal(const QString& token) {
   constexpr quint32 suspend = 4;
-  auto message =
-      QDBusMessage::createMethodCall(portalName(), QStringLiteral("/org/freedesktop/portal/desktop"),
-                                     QStringLiteral("org.freedesktop.portal.Inhibit"), QStringLiteral("Inhibit"));
+  auto message = QDBusMessage::createMethodCall(
+      portal::service(), portal::path(), portal::interface(QStringLiteral("Inhibit")), QStringLiteral("Inhibit"));
   const QString parentWindow;
-  message.setArguments({parentWindow, suspend, QVariantMap{{QStringLiteral("reason"), reason()}}});
+  message.setArguments({parentWindow, suspend,
+                        QVariantMap{{QStringLiteral("reason"), reason()}, {QStringLiteral("handle_token"), token}}});
   return message;
 }
 
@@ -38,7 +35,7 @@ Inhibition::Take portalRequest(const QDBusConnection& bus) {
     if (handle.userType() != qMetaTypeId<QDBusObjectPath>()) return nullptr;
     const auto close = [bus](QDBusObjectPath* path) {
       auto message = QDBusMessage::createMethodCall(
-          portalName(), path->path(), QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Close"));
+          portal::service(), path->path(), portal::interface(QStringLiteral("Request")), QStringLiteral("Close"));
       message.setAutoStartService(false);
       bus.send(message);
       delete path;
@@ -68,9 +65,13 @@ std::shared_ptr<void> descriptor(const QDBusMessage& answer) {
 SuspendInhibitor::SuspendInhibitor(QDBusConnection sessionBus, QDBusConnection systemBus,
                                    std::chrono::milliseconds patience, QObject* parent)
     : QObject(parent),
-      portal_(std::make_shared<Inhibition>(sessionBus, askPortal(), portalRequest(sessionBus))),
+      token_(portal::requestToken()),
+      portal_(std::make_shared<Inhibition>(sessionBus, askPortal(token_), portalRequest(sessionBus))),
       loginManager_(std::make_shared<Inhibition>(systemBus, askLogin1(), descriptor)),
-      portalWatcher_(portalName(), sessionBus, QDBusServiceWatcher::WatchForUnregistration) {
+      portalWatcher_(portal::service(), sessionBus, QDBusServiceWatcher::WatchForUnregistration) {
+  sessionBus.connect(portal::anySender(), portal::requestPath(sessionBus, token_),
+                     portal::interface(QStringLiteral("Request")), QStringLiteral("Response"), this,
+                     SLOT(portalResponded(uint)));
   patience_.setSingleShot(true);
   patience_.setInterval(patience);
   connect(&patience_, &QTimer::timeout, this, [this] {
@@ -93,6 +94,11 @@ void SuspendInhibitor::setActive(bool active) {
     portal_->drop();
     loginManager_->drop();
   }
+}
+
+/// A portal takes every request, and says afterwards whether the desktop behind it can do that.
+void SuspendInhibitor::portalResponded(uint code) {
+  if (code != 0) portal_->lose();
 }
 
 void SuspendInhibitor::askLoginManager() {

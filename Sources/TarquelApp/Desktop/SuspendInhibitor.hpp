@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QObject>
+#include <QString>
 #include <QTimer>
 #include <chrono>
 #include <memory>
@@ -30,9 +31,13 @@ class SuspendInhibitor : public QObject {
   /// After `false` nothing is held, and what an earlier request gets later is given back as it arrives.
   void setActive(bool active);
 
+ private Q_SLOTS:
+  void portalResponded(uint code);
+
  private:
   void askLoginManager();
 
+  const QString token_;  ///< of the requests to the portal
   const std::shared_ptr<Inhibition> portal_, loginManager_;
   QDBusServiceWatcher portalWatcher_;
   QTimer patience_;

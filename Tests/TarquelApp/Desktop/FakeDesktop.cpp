@@ -1,6 +1,8 @@
 #include "TarquelApp/Desktop/FakeDesktop.hpp"
 
 #include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -51,6 +53,32 @@ void Dock::update(const QString& uri, const QVariantMap& properties) {
   EXPECT_EQ(value("progress").typeId(), QMetaType::Double);
   updates.push_back({uri, value("count").toLongLong(), value("count-visible").toBool(), value("progress").toDouble(),
                      value("progress-visible").toBool()});
+}
+
+Portal::Portal(PrivateBus& bus) : FakeService(bus, QStringLiteral("org.freedesktop.portal.Desktop")) {
+  answer = grant;
+}
+
+QVariantMap Portal::optionsOf(const QDBusMessage& call) {
+  return qdbus_cast<QVariantMap>(call.arguments().value(2));
+}
+
+QString Portal::handleOf(const QDBusMessage& call) {
+  const QString token = optionsOf(call).value(QStringLiteral("handle_token")).toString();
+  const QString sender = call.service().mid(1).replace(u'.', u'_');
+  return QStringLiteral("/org/freedesktop/portal/desktop/request/") + sender + u'/' + token;
+}
+
+QDBusMessage Portal::grant(const QDBusMessage& call) {
+  if (call.interface() == QStringLiteral("org.freedesktop.portal.Request")) return call.createReply();
+  return call.createReply(QVariant::fromValue(QDBusObjectPath(handleOf(call))));
+}
+
+void Portal::respond(const QString& handle, uint code, const QVariantMap& results) {
+  auto response =
+      QDBusMessage::createSignal(handle, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+  response.setArguments({code, results});
+  send(response);
 }
 
 LoginManager::LoginManager(PrivateBus& bus) : FakeService(bus, QStringLiteral("org.freedesktop.login1")) {

@@ -43,6 +43,23 @@ class Dock : public QObject {
   void update(const QString& uri, const QVariantMap& properties);
 };
 
+/// A desktop's portal on the session bus. Unless told otherwise it takes every request at once, and says nothing more.
+class Portal : public FakeService {
+ public:
+  explicit Portal(PrivateBus& bus);
+
+  static QVariantMap optionsOf(const QDBusMessage& call);
+
+  /// Where the request that such a call makes is found.
+  static QString handleOf(const QDBusMessage& call);
+
+  /// The answer that takes it.
+  static QDBusMessage grant(const QDBusMessage& call);
+
+  /// Says what has become of a request.
+  void respond(const QString& handle, uint code, const QVariantMap& results = {});
+};
+
 /// A login manager on the system bus, which knows by the other end of a pipe whether its inhibitor is held.
 class LoginManager : public FakeService {
  public:

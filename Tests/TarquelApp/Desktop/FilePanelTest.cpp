@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "TarquelApp/Desktop/FakeDesktop.hpp"
 #include "TarquelApp/Desktop/FilePanel.hpp"
-#include "TarquelApp/Desktop/PrivateBus.hpp"
 #include "TarquelApp/Text.hpp"
 #include "TarquelApp/Turning.hpp"
 
@@ -12,8 +12,8 @@ namespace tq {
 namespace {
 
 using namespace std::chrono_literals;
-using test::FakeService;
 using test::noBus;
+using test::Portal;
 using test::PrivateBus;
 using test::turnUntil;
 using testing::ElementsAre;
@@ -23,31 +23,9 @@ using testing::SizeIs;
 const QString openFile = QStringLiteral("OpenFile");
 const QString closeRequest = QStringLiteral("Close");
 
-/// A portal that says that it has each request, and answers when told to.
-class Portal : public FakeService {
- public:
-  explicit Portal(PrivateBus& bus) : FakeService(bus, QStringLiteral("org.freedesktop.portal.Desktop")) {
-    answer = [](const QDBusMessage& call) {
-      return call.createReply(QVariant::fromValue(QDBusObjectPath(handleOf(call))));
-    };
-  }
-
-  static QVariantMap optionsOf(const QDBusMessage& call) { return qdbus_cast<QVariantMap>(call.arguments().at(2)); }
-
-  static QString handleOf(const QDBusMessage& call) {
-    if (call.member() != openFile) return QStringLiteral("/");
-    QString sender = call.service().mid(1);
-    const QString token = optionsOf(call).value(QStringLiteral("handle_token")).toString();
-    return QStringLiteral("/org/freedesktop/portal/desktop/request/") + sender.replace(u'.', u'_') + u'/' + token;
-  }
-
-  void respond(const QString& handle, uint code, const QStringList& uris = {}) {
-    auto response = QDBusMessage::createSignal(handle, QStringLiteral("org.freedesktop.portal.Request"),
-                                               QStringLiteral("Response"));
-    response.setArguments({code, QVariantMap{{QStringLiteral("uris"), uris}}});
-    send(response);
-  }
-};
+QVariantMap chosen(const QStringList& uris) {
+  return {{QStringLiteral("uris"), uris}};
+}
 
 class FilePanelTest : public testing::Test {
  protected:
@@ -137,14 +115,14 @@ TEST_F(FilePanelTest, AsksForOneFolder) {
 
 TEST_F(FilePanelTest, GivesWhatWasChosenWithEveryByteOfItsNames) {
   portal.respond(Portal::handleOf(ask(clips())), 0,
-                 {QStringLiteral("file:///a%20b.mov"), QStringLiteral("file:///%FF%25.mov")});
+                 chosen({QStringLiteral("file:///a%20b.mov"), QStringLiteral("file:///%FF%25.mov")}));
   turnUntil([&] { return !answers.empty(); });
   ASSERT_THAT(answers, ElementsAre(urls({"file:///a%20b.mov", "file:///%FF%25.mov"})));
   EXPECT_EQ(pathOf(answers.front()->at(1)), "/\xff%.mov");
 }
 
 TEST_F(FilePanelTest, BeginsWhereTheLastChoiceWas) {
-  portal.respond(Portal::handleOf(ask(clips())), 0, {QStringLiteral("file:///trip/a.mov")});
+  portal.respond(Portal::handleOf(ask(clips())), 0, chosen({QStringLiteral("file:///trip/a.mov")}));
   turnUntil([&] { return !answers.empty(); });
   const auto options = Portal::optionsOf(ask(clips()));
   EXPECT_EQ(options.value(QStringLiteral("current_folder")).toByteArray(), QByteArray("/trip\0", 6));
@@ -200,7 +178,7 @@ TEST_F(FilePanelTest, APortalThatSaysNothingIsGivenUpAndAskedToCloseWhatItMayOpe
   turnUntil([&] { return !answers.empty() && !portal.callsOf(closeRequest).empty(); });
   EXPECT_THAT(answers, ElementsAre(std::nullopt));
   EXPECT_EQ(portal.callsOf(closeRequest).front().path(), Portal::handleOf(call));
-  portal.respond(Portal::handleOf(call), 0, {QStringLiteral("file:///late.mov")});
+  portal.respond(Portal::handleOf(call), 0, chosen({QStringLiteral("file:///late.mov")}));
   settle();
   EXPECT_THAT(answers, SizeIs(1));
 }
@@ -215,8 +193,8 @@ TEST_F(FilePanelTest, APortalThatCrashesWithItsPanelOpenIsNone) {
 
 TEST_F(FilePanelTest, AnAnswerMayComeBeforeThePortalSaysThatItHasTheRequest) {
   portal.answer = [this](const QDBusMessage& call) {
-    portal.respond(Portal::handleOf(call), 0, {QStringLiteral("file:///quick.mov")});
-    return call.createReply(QVariant::fromValue(QDBusObjectPath(Portal::handleOf(call))));
+    portal.respond(Portal::handleOf(call), 0, chosen({QStringLiteral("file:///quick.mov")}));
+    return Portal::grant(call);
   };
   ask(clips());
   settle();
@@ -230,7 +208,7 @@ TEST_F(FilePanelTest, AnOldPortalChoosesThePathOfTheRequest) {
   };
   ask(clips());
   settle();
-  portal.respond(own, 0, {QStringLiteral("file:///a.mov")});
+  portal.respond(own, 0, chosen({QStringLiteral("file:///a.mov")}));
   turnUntil([&] { return !answers.empty(); });
   EXPECT_THAT(answers, ElementsAre(urls({"file:///a.mov"})));
 }
@@ -241,8 +219,8 @@ TEST_F(FilePanelTest, AskingAgainReplacesThePanelThatIsOpen) {
   settle();
   ASSERT_THAT(portal.callsOf(closeRequest), SizeIs(1));
   EXPECT_EQ(portal.callsOf(closeRequest).front().path(), Portal::handleOf(first));
-  portal.respond(Portal::handleOf(first), 0, {QStringLiteral("file:///old.mov")});
-  portal.respond(Portal::handleOf(second), 0, {QStringLiteral("file:///new.mov")});
+  portal.respond(Portal::handleOf(first), 0, chosen({QStringLiteral("file:///old.mov")}));
+  portal.respond(Portal::handleOf(second), 0, chosen({QStringLiteral("file:///new.mov")}));
   settle();
   EXPECT_THAT(answers, ElementsAre(urls({"file:///new.mov"})));
 }
@@ -250,7 +228,7 @@ TEST_F(FilePanelTest, AskingAgainReplacesThePanelThatIsOpen) {
 TEST_F(FilePanelTest, AQuestionMayFollowFromItsAnswer) {
   portal.answer = [this](const QDBusMessage& call) {
     portal.respond(Portal::handleOf(call), 1);
-    return call.createReply(QVariant::fromValue(QDBusObjectPath(Portal::handleOf(call))));
+    return Portal::grant(call);
   };
   panel->ask(clips(),
              [this](const auto&) { panel->ask(clips(), [this](const auto& answer) { answers.push_back(answer); }); });

@@ -12,6 +12,7 @@ namespace {
 using test::FakeService;
 using test::LoginManager;
 using test::noBus;
+using test::Portal;
 using test::PrivateBus;
 using test::turnUntil;
 using testing::IsEmpty;
@@ -24,22 +25,10 @@ QDBusMessage refusal(const QDBusMessage& call) {
   return call.createErrorReply(QDBusError::AccessDenied, QString());
 }
 
-/// A portal on the session bus. Unless told otherwise it gives an inhibitor at once.
-class Portal : public FakeService {
- public:
-  explicit Portal(PrivateBus& bus) : FakeService(bus, QStringLiteral("org.freedesktop.portal.Desktop")) {
-    answer = grant;
-  }
-
-  static QDBusMessage grant(const QDBusMessage& call) {
-    return call.createReply(QVariant::fromValue(QDBusObjectPath(handle)));
-  }
-
-  /// How many inhibitors it has given that were not closed.
-  std::size_t heldAmong(std::size_t given) const { return given - callsOf(closeRequest).size(); }
-
-  static inline const QString handle = QStringLiteral("/org/freedesktop/portal/desktop/request/1_5/t");
-};
+/// How many inhibitors that portal has given, of so many, that were not closed.
+std::size_t heldAmong(std::size_t given, const Portal& portal) {
+  return given - portal.callsOf(closeRequest).size();
+}
 
 class SuspendInhibitorTest : public testing::Test {
  protected:
@@ -84,7 +73,7 @@ TEST_F(SuspendInhibitorTest, ReleasesThePortalsInhibitorWhenIdle) {
   inhibitor.setActive(false);
   portal.settle(toSession);
   ASSERT_THAT(portal.callsOf(closeRequest), SizeIs(1));
-  EXPECT_EQ(portal.callsOf(closeRequest).at(0).path(), Portal::handle);
+  EXPECT_EQ(portal.callsOf(closeRequest).at(0).path(), Portal::handleOf(portal.callsOf(inhibit).at(0)));
   EXPECT_EQ(portal.callsOf(closeRequest).at(0).interface(), QStringLiteral("org.freedesktop.portal.Request"));
 }
 
@@ -159,6 +148,47 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenThePortalEndsWithItsInhibito
   EXPECT_TRUE(login.isHeld());
 }
 
+TEST_F(SuspendInhibitorTest, AsksTheLoginManagerWhenTheDesktopBehindThePortalCannot) {
+  Portal portal(session);
+  LoginManager login(system);
+  activate(portal);
+  portal.settle(toSession);
+  portal.respond(Portal::handleOf(portal.callsOf(inhibit).at(0)), 2);
+  turnUntilAsked(login);
+  login.settle(toSystem);
+  EXPECT_TRUE(login.isHeld());
+  turnUntil([&] { return heldAmong(1, portal) == 0; });
+}
+
+TEST_F(SuspendInhibitorTest, ThePortalMaySayThatBeforeItAnswers) {
+  Portal portal(session);
+  portal.answer = [&](const QDBusMessage& call) {
+    if (call.member() == inhibit) portal.respond(Portal::handleOf(call), 2);
+    return Portal::grant(call);
+  };
+  LoginManager login(system);
+  activate(login);
+  turnUntil([&] { return heldAmong(1, portal) == 0; });
+  inhibitor.setActive(false);
+  portal.answer = Portal::grant;
+  inhibitor.setActive(true);
+  turnUntilAsked(portal, 2);
+  portal.settle(toSession);
+  login.settle(toSystem);
+  EXPECT_THAT(login.callsOf(inhibit), SizeIs(1)) << "asked anew, it is believed anew";
+}
+
+TEST_F(SuspendInhibitorTest, ThePortalSaysThatTheDesktopCan) {
+  Portal portal(session);
+  LoginManager login(system);
+  activate(portal);
+  portal.respond(Portal::handleOf(portal.callsOf(inhibit).at(0)), 0);
+  portal.settle(toSession);
+  login.settle(toSystem);
+  EXPECT_THAT(login.callsOf(inhibit), IsEmpty());
+  EXPECT_EQ(heldAmong(1, portal), 1u);
+}
+
 TEST_F(SuspendInhibitorTest, AsksTheLoginManagerTooWhenThePortalIsSlowAndGivesBothBack) {
   Portal portal(session);
   portal.answer = nullptr;
@@ -170,11 +200,11 @@ TEST_F(SuspendInhibitorTest, AsksTheLoginManagerTooWhenThePortalIsSlowAndGivesBo
   EXPECT_TRUE(login.isHeld());
   turnUntilAsked(portal);
   answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
-  EXPECT_EQ(portal.heldAmong(1), 1u);
+  EXPECT_EQ(heldAmong(1, portal), 1u);
   impatient.setActive(false);
   login.turnUntilReleased();
   portal.settle(toSession);
-  EXPECT_EQ(portal.heldAmong(1), 0u);
+  EXPECT_EQ(heldAmong(1, portal), 0u);
 }
 
 TEST_F(SuspendInhibitorTest, AnAnswerOfThePortalThatComesWhenIdleIsGivenBack) {
@@ -183,7 +213,7 @@ TEST_F(SuspendInhibitorTest, AnAnswerOfThePortalThatComesWhenIdleIsGivenBack) {
   activate(portal);
   inhibitor.setActive(false);
   answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
-  EXPECT_EQ(portal.heldAmong(1), 0u);
+  EXPECT_EQ(heldAmong(1, portal), 0u);
 }
 
 TEST_F(SuspendInhibitorTest, AnAnswerOfTheLoginManagerThatComesWhenIdleIsGivenBack) {
@@ -205,7 +235,7 @@ TEST_F(SuspendInhibitorTest, AnAnswerThatComesAfterItsEndIsGivenBack) {
     turnUntilAsked(portal);
   }
   answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
-  EXPECT_EQ(portal.heldAmong(1), 0u);
+  EXPECT_EQ(heldAmong(1, portal), 0u);
 }
 
 TEST_F(SuspendInhibitorTest, QuickTogglesAskOnceAndHoldOne) {
@@ -216,10 +246,10 @@ TEST_F(SuspendInhibitorTest, QuickTogglesAskOnceAndHoldOne) {
   turnUntilAsked(portal);
   answerLate(portal, Portal::grant(portal.callsOf(inhibit).at(0)));
   EXPECT_THAT(portal.callsOf(inhibit), SizeIs(1));
-  EXPECT_EQ(portal.heldAmong(1), 1u);
+  EXPECT_EQ(heldAmong(1, portal), 1u);
   inhibitor.setActive(false);
   portal.settle(toSession);
-  EXPECT_EQ(portal.heldAmong(1), 0u);
+  EXPECT_EQ(heldAmong(1, portal), 0u);
 }
 
 TEST_F(SuspendInhibitorTest, ARefusalThatComesWhenIdleAsksNobodyElse) {
