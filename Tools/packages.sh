@@ -8,7 +8,7 @@ run_packages=(ffmpeg ca-certificates fonts-dejavu-core fonts-noto-cjk fonts-noto
   qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtcore qml6-module-qtquick
   qml6-module-qtquick-controls qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-window
   qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel qml6-module-qtmultimedia qt6-wayland)
-test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils dbus-daemon desktop-file-utils appstream)
+test_packages=(libgtest-dev libgmock-dev clang-format libxml2-utils dbus-daemon desktop-file-utils appstream xvfb xdotool)
 bench_packages=(libbenchmark-dev libsqlite3-dev ripgrep wamerican)
 
 # missing_packages NAME...: those of the names that are not installed, one a line.

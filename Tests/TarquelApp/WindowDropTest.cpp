@@ -1,5 +1,8 @@
 // What a user drops on the window.
 
+#include <QCoreApplication>
+#include <QDragEnterEvent>
+#include <QDragMoveEvent>
 #include <QMimeData>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -71,6 +74,20 @@ TEST_F(WindowDrop, TakesAllThatIsDroppedTogether) {
   launch();
   letGo({clip("b.mov"), clip("a.MOV"), clip("c.webm")});
   EXPECT_THAT(clipsOnceAllAreIn(), ElementsAre("b.mov", "a.MOV", "c.webm"));
+}
+
+TEST_F(WindowDrop, FilesStayWhereTheyAreWhateverTheOtherProgramWouldRatherDo) {
+  launch();
+  QMimeData data;
+  data.setUrls({clip("a.mov")});
+  QDragEnterEvent enter({300, 300}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+  enter.setDropAction(Qt::MoveAction);
+  QCoreApplication::sendEvent(&window(), &enter);
+  QDragMoveEvent move({310, 300}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+  move.setDropAction(Qt::MoveAction);
+  QCoreApplication::sendEvent(&window(), &move);
+  EXPECT_EQ(move.dropAction(), Qt::CopyAction);
+  leave();
 }
 
 TEST_F(WindowDrop, AFolderStandsForTheClipsBelowIt) {

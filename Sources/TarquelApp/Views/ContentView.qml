@@ -22,6 +22,8 @@ Item {
         keys: ["text/uri-list"]
         // A row that is let go over its own queue is not meant as another job.
         onEntered: drag => { if (drag.formats.includes("application/x-tarquel-job")) drag.accepted = false }
+        // Files stay where they are, also where the other program would rather move them.
+        onPositionChanged: drag => drag.accept(Qt.CopyAction)
         onDropped: drop => {
             if (!drop.hasUrls)
                 return

@@ -127,6 +127,8 @@ ItemDelegate {
         preventStealing: true
         drag.target: carried
         drag.threshold: 8
+        // No binding: a drag is over before this ends, and would change what the binding depends on.
+        drag.onActiveChanged: carried.Drag.active = drag.active
         onPressed: row.clicked()
         onClicked: event => {
             if (event.button === Qt.RightButton)
@@ -137,7 +139,6 @@ ItemDelegate {
     Item {
         id: carried
         objectName: "rowFile"
-        Drag.active: mouse.drag.active
         Drag.dragType: Drag.Automatic
         Drag.supportedActions: Qt.CopyAction
         Drag.mimeData: ({ "text/uri-list": row.uriList, "application/x-tarquel-job": row.jobID })

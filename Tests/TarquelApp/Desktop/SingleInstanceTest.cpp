@@ -1,5 +1,4 @@
 #include <QDBusPendingCallWatcher>
-#include <QProcess>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +7,7 @@
 
 #include "TarquelApp/Desktop/PrivateBus.hpp"
 #include "TarquelApp/Desktop/SingleInstance.hpp"
-#include "TarquelApp/Turning.hpp"
+#include "TarquelApp/TalkingProcess.hpp"
 
 namespace tq {
 namespace {
@@ -27,10 +26,16 @@ constexpr int impatient = 50;
 const QString programName = QStringLiteral("org.tarquel.Tarquel");
 
 /// A start of the program: a process of its own.
-class Start {
+class Start : public test::TalkingProcess {
  public:
   Start(const QString& busAddress, const std::filesystem::path& folder, const QStringList& files = {},
-        int patience = patient, const QMap<QString, QString>& variables = {}) {
+        int patience = patient, const QMap<QString, QString>& variables = {})
+      : TalkingProcess(TQ_SINGLE_START_PROGRAM, QStringList(QString::number(patience)) + files,
+                       environment(busAddress, folder, variables), folder) {}
+
+ private:
+  static QProcessEnvironment environment(const QString& busAddress, const std::filesystem::path& folder,
+                                         const QMap<QString, QString>& variables) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
       environment.remove(QString::fromLatin1(name));
@@ -39,44 +44,8 @@ class Start {
     if (busAddress.isEmpty()) environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
     for (auto variable = variables.begin(); variable != variables.end(); ++variable)
       environment.insert(variable.key(), variable.value());
-    process_.setProcessEnvironment(environment);
-    process_.setWorkingDirectory(QString::fromStdString(folder));
-    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(QStringLiteral(TQ_SINGLE_START_PROGRAM), QStringList(QString::number(patience)) + files);
+    return environment;
   }
-
-  ~Start() {
-    process_.kill();
-    process_.waitForFinished();
-  }
-
-  /// The next line that it says; turns the event loop meanwhile.
-  std::string line() {
-    turnUntil([&] { return process_.canReadLine(); });
-    return process_.readLine().trimmed().toStdString();
-  }
-
-  void signal(int number) { ::kill(static_cast<pid_t>(process_.processId()), number); }
-
-  /// Its exit status, once it has ended of itself.
-  int status() {
-    turnUntil([&] { return process_.state() == QProcess::NotRunning; });
-    return process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
-  }
-
-  /// Tells it to end, and waits.
-  int quit() {
-    process_.closeWriteChannel();
-    return status();
-  }
-
-  void kill() {
-    process_.kill();
-    process_.waitForFinished();
-  }
-
- private:
-  QProcess process_;
 };
 
 class SingleInstanceTest : public testing::Test {
