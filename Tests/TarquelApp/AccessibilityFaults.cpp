@@ -154,6 +154,20 @@ bool isIcon(const QQuickItem& item) {
          !item.property("name").toString().isEmpty();
 }
 
+/// A title of the menu bar, which F10 and mnemonics reach, or the part of it that assistive technology is told of.
+bool isMenuTitle(const QQuickItem& item) {
+  return item.inherits("QQuickMenuBarItem") || (item.parentItem() && item.parentItem()->inherits("QQuickMenuBarItem"));
+}
+
+/// What is told of a control: the control itself, or a part in its stead that is as large.
+const QAccessibleInterface* toldOf(const QQuickItem& control, const Reading& reading) {
+  if (const QAccessibleInterface* own = reading.entryOf(&control)) return own;
+  for (const QQuickItem* part : control.childItems())
+    if (const QAccessibleInterface* entry = reading.entryOf(part); entry && part->size() == control.size())
+      return entry;
+  return nullptr;
+}
+
 /// What can be used at the moment.
 QQuickItem& usablePart(QQuickWindow& window) {
   QQuickItem* popup = modalPopup(window);
@@ -221,7 +235,7 @@ std::vector<std::string> namingFaults(QQuickWindow& window) {
   Reading reading(window);
   for (QQuickItem* item : visibleItems(*window.contentItem())) {
     if (isControl(*item)) {
-      QAccessibleInterface* entry = reading.entryOf(item);
+      const QAccessibleInterface* entry = toldOf(*item, reading);
       if (!entry)
         reading.faults.push_back("is not told to assistive technology: " + describe(item));
       else if (isAny(entry->role(), {QAccessible::NoRole, QAccessible::Client}))
@@ -290,7 +304,7 @@ std::vector<std::string> focusFaults(QQuickWindow& window) {
   for (QQuickItem* item : visible) {
     const QAccessibleInterface* entry = reading.entryOf(item);
     const bool isOperated = isControl(*item) || (entry && canBePressed(entry->role()));
-    if (isOperated && item->isEnabled() && !item->inherits("QQuickMenuBarItem") && !isReachable(*item, stops))
+    if (isOperated && item->isEnabled() && !isMenuTitle(*item) && !isReachable(*item, stops))
       faults.push_back("Tab does not come to it: " + describe(item));
   }
   for (const QQuickItem* stop : stops)

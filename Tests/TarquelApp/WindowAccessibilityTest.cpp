@@ -6,6 +6,7 @@
 #include <QQmlApplicationEngine>
 #include <QQmlComponent>
 #include <QTest>
+#include <algorithm>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,6 +35,10 @@ using testing::Not;
 class AccessibleWindow : public testing::Test, protected WindowHarness {
  protected:
   void SetUp() override { QAccessible::setActive(true); }
+  void launch() {
+    WindowHarness::launch();
+    QAccessible::setActive(true);  // what is made later does not know on this screen
+  }
   void TearDown() override {
     QAccessible::setActive(false);
     setAppearance(false);
@@ -259,6 +264,79 @@ TEST_F(AccessibleWindow, TheSelectedRowIsWhatIsReadOut) {
   press(Qt::Key_Down);
   expectSoon(name, HasSubstr("pier.mov, Done"));
   EXPECT_NE(focused(), first);
+}
+
+/// The names of what assistive technology is told of the queue, in that order.
+std::vector<std::string> toldOf(QQuickItem& list) {
+  QAccessibleInterface* told = QAccessible::queryAccessibleInterface(&list);
+  std::vector<std::string> names;
+  for (int index = 0; index < told->childCount(); ++index)
+    if (QAccessibleInterface* child = told->child(index);
+        child && !child->state().invisible &&
+        (child->role() == QAccessible::ListItem || child->role() == QAccessible::Heading))
+      names.push_back(child->text(QAccessible::Name).section(QLatin1Char(','), 0, 0).toStdString());
+  return names;
+}
+
+TEST_F(AccessibleWindow, TheQueueIsReadFromTopToBottom) {
+  launch();
+  clips.fail("b.mov", "no");
+  drop("b.mov", JobStatus::failed);
+  drop("c.mov", JobStatus::done);
+  drop("a.mov", JobStatus::done);
+  const auto told = [this] { return toldOf(item("queueList")); };
+  expectSoon(told, ElementsAre("Done", "c.mov", "a.mov", "Failed", "b.mov"));
+  clips.hold("d.mov", JobStatus::calling);
+  drop("d.mov", JobStatus::calling);
+  expectSoon(told, ElementsAre("Running", "d.mov", "Done", "c.mov", "a.mov", "Failed", "b.mov"));
+}
+
+TEST_F(AccessibleWindow, TheQueueIsReadFromTopToBottomWhenItHasBeenScrolledBack) {
+  launch();
+  QList<QUrl> many;
+  for (int number = 100; number < 160; ++number)
+    many.append(clip(std::to_string(number) + ".mov"));
+  letGo(many);
+  turnUntilStatus("159.mov", JobStatus::done);
+  const auto places = [this] {
+    std::vector<double> all;
+    for (const QQuickItem* child : item("queueList").property("contentItem").value<QQuickItem*>()->childItems())
+      if (child->isVisible()) all.push_back(child->y());
+    return all;
+  };
+  item("queueList").forceActiveFocus();
+  for (const Qt::Key key : {Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageUp, Qt::Key_PageUp, Qt::Key_PageDown}) {
+    press(key);
+    expectSoon([&] { return std::ranges::is_sorted(places()); }, true);
+  }
+}
+
+TEST_F(AccessibleWindow, ARowSaysWhereItStands) {
+  bring("DoneMarkdown");
+  const auto position = [this](const char* clip) {
+    return QAccessible::queryAccessibleInterface(&row(clip))->text(QAccessible::Description).toStdString();
+  };
+  EXPECT_EQ(position("harbour.mov"), "1 of 2");
+  EXPECT_EQ(position("pier.mov"), "2 of 2");
+  drop("c.mov");
+  expectSoon([&] { return position("pier.mov"); }, HasSubstr(" of 3"));
+}
+
+TEST_F(AccessibleWindow, TitlesOfMenusAreEntriesOfTheMenuBar) {
+  launch();
+  std::vector<std::string> titles;
+  QAccessibleInterface* bar = nullptr;
+  const QAccessibleInterface* whole = QAccessible::queryAccessibleInterface(&window());
+  for (int index = 0; index < whole->childCount(); ++index)
+    if (whole->child(index)->role() == QAccessible::MenuBar) bar = whole->child(index);
+  ASSERT_NE(bar, nullptr);
+  for (int index = 0; index < bar->childCount(); ++index) {
+    EXPECT_EQ(bar->child(index)->role(), QAccessible::MenuItem);
+    titles.push_back(bar->child(index)->text(QAccessible::Name).toStdString());
+  }
+  EXPECT_THAT(titles, ElementsAre("File", "Edit", "View", "Job", "Help"));
+  bar->child(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  expectSoon([this] { return menuEntries(); }, testing::Contains("Find"));
 }
 
 /// What assistive technology is told of an item's role, which is not always the one that a view says.

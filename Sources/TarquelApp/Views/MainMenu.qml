@@ -18,9 +18,14 @@ MenuBar {
 
     delegate: MenuBarItem {
         id: entry
-        Accessible.role: Accessible.ButtonMenu
-        Accessible.onPressAction: entry.triggered()
-        Accessible.name: text.replace(/&(.)/, "$1")
+        Accessible.ignored: true  // it would be told as a menu bar of its own
+
+        Item {
+            anchors.fill: parent
+            Accessible.role: Accessible.MenuItem
+            Accessible.name: entry.text.replace(/&(.)/, "$1")
+            Accessible.onPressAction: entry.triggered()
+        }
     }
 
     // What desktops have for those who do not know a mnemonic.

@@ -57,6 +57,9 @@ FocusScope {
 
         Accessible.role: Accessible.List
         Accessible.name: "Queue"
+        ReadingOrder {
+            of: list.contentItem
+        }
 
         section.property: "section"
         // qmllint disable unqualified
@@ -72,7 +75,9 @@ FocusScope {
 
         delegate: QueueRow {
             id: row
+            required property int index
             width: ListView.view.width
+            Accessible.description: `${index + 1} of ${list.count}`
             highlighted: jobID === sidebar.app.selectedJobID
             listHasFocus: list.activeFocus
             onClicked: {
