@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QImage>
 #include <QTest>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -55,6 +56,21 @@ TEST_F(SelectableTextTest, ALongTextGrowsAsItsReaderGoesOn) {
     return shown() == response;
   });
   EXPECT_EQ(shown(), response);
+}
+
+TEST_F(SelectableTextTest, ItsLinesGoOnToTheLowerEdge) {
+  show(lines(200));
+  const QImage seen = picture();
+  const QQuickItem& view = item("rawResponseText");
+  const QRect place = view.mapRectToScene(QRectF(0, 0, view.width(), view.height())).toRect();
+  // Less than the margin that the first line keeps, and without the frame.
+  const QRect lowest(place.left() + 12, place.bottom() - 10, 60, 8);
+  const QRgb paper = seen.pixel(place.left() + 6, place.bottom() - 6);
+  int inked = 0;
+  for (int y = lowest.top(); y <= lowest.bottom(); ++y)
+    for (int x = lowest.left(); x <= lowest.right(); ++x)
+      if (seen.pixel(x, y) != paper) ++inked;
+  EXPECT_GT(inked, 0);
 }
 
 TEST_F(SelectableTextTest, WhoSelectsAllAndCopiesGetsTheWholeText) {

@@ -45,7 +45,8 @@ ScrollView {
         textFormat: TextEdit.PlainText
         wrapMode: TextEdit.Wrap
         color: Theme.text
-        padding: 12
+        padding: 0
+        textMargin: 12  // scrolls with the text, which a padding would cut off before the edge
         background: null
         Accessible.name: view.label
 
