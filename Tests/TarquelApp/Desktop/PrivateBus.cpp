@@ -1,7 +1,9 @@
 #include "TarquelApp/Desktop/PrivateBus.hpp"
 
 #include <QUuid>
+#include <csignal>
 #include <stdexcept>
+#include <sys/types.h>
 
 #include "TarquelApp/Turning.hpp"
 
@@ -60,6 +62,10 @@ QDBusConnection PrivateBus::connect() {
 void PrivateBus::flush(const QDBusConnection& connection) {
   connection.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
                                                  QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping")));
+}
+
+void PrivateBus::signal(int number) const {
+  ::kill(static_cast<pid_t>(daemon_.processId()), number);
 }
 
 void PrivateBus::stop() {

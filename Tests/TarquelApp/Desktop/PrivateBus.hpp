@@ -29,6 +29,9 @@ class PrivateBus {
   /// Until the bus has all that was sent on this connection, and this connection all that was sent to it before.
   static void flush(const QDBusConnection& connection);
 
+  /// To the daemon, such as SIGSTOP.
+  void signal(int number) const;
+
   /// The end of the daemon: all connections break.
   void stop();
 

@@ -135,6 +135,18 @@ TEST_F(SingleInstanceTest, AStartThatTheFirstDoesNotAnswerStandsAlone) {
   first->signal(SIGCONT);
 }
 
+TEST_F(SingleInstanceTest, AFirstThatIsSlowToAnswerIsWaitedFor) {
+  FakeService first(bus, programName);
+  const auto second = start({QStringLiteral("/a")});
+  turnUntil([&] { return !first.callsOf(QStringLiteral("Open")).empty(); });
+  const auto third = start({QStringLiteral("/b")});  // a whole start goes by meanwhile
+  turnUntil([&] { return first.callsOf(QStringLiteral("Open")).size() == 2; });
+  for (const QDBusMessage& call : first.callsOf(QStringLiteral("Open")))
+    first.send(call.createReply());
+  EXPECT_EQ(second->line(), "handed over");
+  EXPECT_EQ(third->line(), "handed over");
+}
+
 TEST_F(SingleInstanceTest, AStartTakesThePlaceOfAFirstThatEndsInsteadOfAnswering) {
   FakeService first(bus, programName);
   const auto second = start({QStringLiteral("/a")});
@@ -231,6 +243,15 @@ TEST(SingleInstanceInAProcess, ItsEndGivesTheNameBack) {
   PrivateBus::flush(one);
   SingleInstance next(another);
   EXPECT_EQ(next.start({}), SingleInstance::Role::first);
+}
+
+/// It has said hello, and then nothing more.
+TEST(SingleInstanceInAProcess, StandsAloneOnABusThatHasFallenSilent) {
+  PrivateBus bus;
+  SingleInstance instance(bus.connect(), std::chrono::milliseconds(impatient));
+  bus.signal(SIGSTOP);
+  EXPECT_EQ(instance.start({}), SingleInstance::Role::alone);
+  bus.signal(SIGCONT);
 }
 
 TEST(SingleInstanceInAProcess, StandsAloneWithoutAConnection) {
