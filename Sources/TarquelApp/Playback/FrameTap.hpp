@@ -4,7 +4,7 @@
 #include <QVideoSink>
 #include <memory>
 
-#include "TarquelApp/PictureReceiver.hpp"
+#include "TarquelApp/Preview/PictureReceiver.hpp"
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include "TarquelApp/PaintedVideo.hpp"
+#include "TarquelApp/Preview/PaintedVideo.hpp"
 
 #include <QMetaObject>
 #include <QQuickWindow>

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Support/TemporaryFolder.hpp"
-#include "TarquelApp/PlayableFile.hpp"
+#include "TarquelApp/Preview/PlayableFile.hpp"
 #include "TarquelApp/Text.hpp"
 
 namespace tq {

@@ -1,4 +1,4 @@
-#include "TarquelApp/PlayableFile.hpp"
+#include "TarquelApp/Preview/PlayableFile.hpp"
 
 #include <QFileInfo>
 

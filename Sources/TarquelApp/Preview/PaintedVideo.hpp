@@ -4,8 +4,8 @@
 #include <QSize>
 #include <memory>
 
-#include "TarquelApp/PictureReceiver.hpp"
-#include "TarquelApp/PictureWorkshop.hpp"
+#include "TarquelApp/Preview/PictureReceiver.hpp"
+#include "TarquelApp/Preview/PictureWorkshop.hpp"
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include "TarquelApp/PictureWorkshop.hpp"
+#include "TarquelApp/Preview/PictureWorkshop.hpp"
 
 #include <QTransform>
 #include <utility>

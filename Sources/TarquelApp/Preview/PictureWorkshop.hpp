@@ -9,7 +9,7 @@
 #include <stop_token>
 #include <thread>
 
-#include "TarquelApp/PictureReceiver.hpp"
+#include "TarquelApp/Preview/PictureReceiver.hpp"
 
 namespace tq {
 

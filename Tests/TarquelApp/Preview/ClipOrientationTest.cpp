@@ -2,7 +2,7 @@
 
 #include "Support/ClipMaker.hpp"
 #include "Support/TemporaryFolder.hpp"
-#include "TarquelApp/ClipOrientation.hpp"
+#include "TarquelApp/Preview/ClipOrientation.hpp"
 #include "TarquelApp/Text.hpp"
 #include "TarquelApp/Turning.hpp"
 

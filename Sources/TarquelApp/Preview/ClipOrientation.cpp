@@ -1,4 +1,4 @@
-#include "TarquelApp/ClipOrientation.hpp"
+#include "TarquelApp/Preview/ClipOrientation.hpp"
 
 #include <QMetaObject>
 #include <exception>

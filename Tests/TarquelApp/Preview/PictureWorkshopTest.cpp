@@ -5,7 +5,7 @@
 #include <semaphore>
 #include <string>
 
-#include "TarquelApp/PictureWorkshop.hpp"
+#include "TarquelApp/Preview/PictureWorkshop.hpp"
 
 namespace tq {
 namespace {
