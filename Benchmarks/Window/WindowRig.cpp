@@ -93,11 +93,12 @@ QQuickItem* find(QQuickItem& root, QLatin1String name) {
 
 }  // namespace
 
-WindowRig::WindowRig(TimedApplication& application, const Script& script)
+WindowRig::WindowRig(TimedApplication& application, const Script& script, const QSize& size)
     : desktop_([](const fs::path&) {}),
       state_(pathsIn(home_), stagesOf(script)),
       main_(state_, delegate_, desktop_, std::make_shared<SystemClock>()),
       costs_(application, main_.window()) {
+  if (size.isValid()) main_.window().resize(size);
   main_.window().requestActivate();
   costs_.until([this] { return window().isActive(); });
   costs_.step([] {});

@@ -25,7 +25,8 @@ struct Script {
 /// The real window over a queue whose stages take no time, in a home folder of its own.
 class WindowRig {
  public:
-  WindowRig(TimedApplication& application, const Script& script);
+  /// An invalid size leaves the window its own.
+  WindowRig(TimedApplication& application, const Script& script, const QSize& size = {});
 
   /// Makes that many clips, numbered from 0, in a folder.
   void makeClips(int count);

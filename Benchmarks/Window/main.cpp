@@ -19,6 +19,13 @@ namespace {
 
 using namespace tq::window;
 
+struct UseOptions {
+  int jobs = 10'000;
+  std::string only;   ///< the name of a part; empty: all
+  QSize size;         ///< of the window; invalid: its own
+  double traced = 0;  ///< ms; 0: nothing is traced
+};
+
 /// A good answer of about that many bytes.
 std::string answerOf(std::size_t bytes) {
   std::string shots;
@@ -39,8 +46,9 @@ std::string chatterOf(std::size_t bytes) {
   return text;
 }
 
-void measureQueue(TimedApplication& application, int jobs) {
-  WindowRig rig(application, {.succeeds = [](int number) { return number % 2 == 0; }});
+void measureQueue(TimedApplication& application, const UseOptions& options) {
+  const int jobs = options.jobs;
+  WindowRig rig(application, {.succeeds = [](int number) { return number % 2 == 0; }}, options.size);
   FrameCosts& costs = rig.costs();
   rig.makeClips(jobs);
   costs.print("(the empty window)");
@@ -77,9 +85,9 @@ void measureQueue(TimedApplication& application, int jobs) {
   costs.print("clearing them, every second of which is done");
 }
 
-void measureSelection(TimedApplication& application) {
+void measureSelection(TimedApplication& application, const UseOptions& options) {
   constexpr int jobs = 30;
-  WindowRig rig(application, {.frames = 64, .answer = answerOf(100'000)});
+  WindowRig rig(application, {.frames = 64, .answer = answerOf(100'000)}, options.size);
   rig.makeClips(jobs);
   rig.enqueue();
   rig.runToEnd(jobs);
@@ -95,8 +103,8 @@ void measureSelection(TimedApplication& application) {
   costs.print("40 sizes of the window with one of those shown");
 }
 
-void measureRawResponse(TimedApplication& application, std::size_t megabytes) {
-  WindowRig rig(application, {.answer = chatterOf(megabytes * 1'000'000)});
+void measureRawResponse(TimedApplication& application, const UseOptions& options, std::size_t megabytes) {
+  WindowRig rig(application, {.answer = chatterOf(megabytes * 1'000'000)}, options.size);
   rig.makeClips(1);
   rig.enqueue();
   rig.runToEnd(1);
@@ -110,9 +118,10 @@ void measureRawResponse(TimedApplication& application, std::size_t megabytes) {
 }
 
 /// Memory while jobs that are done are shown one after the other with their frames.
-void measureMemory(TimedApplication& application, int jobs) {
+void measureMemory(TimedApplication& application, const UseOptions& options) {
   constexpr int shownAtATime = 500;
-  WindowRig rig(application, {.frames = 4});
+  const int jobs = options.jobs;
+  WindowRig rig(application, {.frames = 4}, options.size);
   rig.makeClips(jobs);
   rig.enqueue();
   rig.runToEnd(jobs);
@@ -129,38 +138,42 @@ void measureMemory(TimedApplication& application, int jobs) {
 
 struct Part {
   const char* name;
-  std::function<void(TimedApplication&, int jobs)> measure;
+  std::function<void(TimedApplication&, const UseOptions&)> measure;
 };
 
 const Part parts[] = {
     {"queue", measureQueue},
-    {"results", [](TimedApplication& application, int) { measureSelection(application); }},
+    {"results", measureSelection},
     {"raw",
-     [](TimedApplication& application, int) {
+     [](TimedApplication& application, const UseOptions& options) {
        for (const std::size_t megabytes : {1, 8, 16})
-         measureRawResponse(application, megabytes);
+         measureRawResponse(application, options, megabytes);
      }},
     {"memory", measureMemory},
 };
 
-struct UseOptions {
-  int jobs = 10'000;
-  std::string only;   ///< the name of a part; empty: all
-  double traced = 0;  ///< ms; 0: nothing is traced
-};
-
 [[noreturn]] void explain() {
   throw std::invalid_argument(
-      "usage: measure-window start PROGRAM | use [--only queue|results|raw|memory] [--trace MS] [JOBS]");
+      "usage: measure-window start PROGRAM | use [--only queue|results|raw|memory] [--size WIDTHxHEIGHT] "
+      "[--trace MS] [JOBS]");
+}
+
+QSize sizeOf(const std::string& words) {
+  int width = 0;
+  int height = 0;
+  if (std::sscanf(words.c_str(), "%dx%d", &width, &height) != 2) explain();
+  return {width, height};
 }
 
 UseOptions useOptions(std::span<char* const> arguments) {
   UseOptions options;
   for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
     const std::string word = *argument;
-    if ((word == "--only" || word == "--trace") && ++argument == arguments.end()) explain();
+    if ((word == "--only" || word == "--size" || word == "--trace") && ++argument == arguments.end()) explain();
     if (word == "--only")
       options.only = *argument;
+    else if (word == "--size")
+      options.size = sizeOf(*argument);
     else if (word == "--trace")
       options.traced = std::atof(*argument);
     else if (word.starts_with("-"))
@@ -190,7 +203,7 @@ int main(int argumentCount, char** arguments) {
     FrameCosts::printHead();
     if (options.traced > 0) application.traceAbove(options.traced);
     for (const Part& part : parts)
-      if (options.only.empty() || options.only == part.name) part.measure(application, options.jobs);
+      if (options.only.empty() || options.only == part.name) part.measure(application, options);
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
     std::cerr << "measure-window: " << error.what() << "\n";

@@ -17,19 +17,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// How many jobs one turn of the owner's event loop deals with. A view that redraws its rows makes each cost some
-/// microseconds, so a turn stays far below the time of one picture of a screen.
-constexpr std::size_t sliceLength = 256;
+/// How many jobs one turn of the owner's event loop deals with at most. A view that redraws its rows makes each cost
+/// some microseconds, so a turn stays far below the time of one picture of a screen.
+constexpr std::size_t longestSlice = 256;
+
+/// The first ones may be the rows that a view makes and shows, which cost a hundred times as much.
+constexpr std::size_t firstSlice = 4;
 
 /// How much news is applied at a time. A piece of news moves a row of a view, which then costs up to a tenth of a
 /// millisecond; the owner looks at its clock between one portion and the next.
 constexpr std::size_t newsLength = 4;
 
-/// Calls `use` with one slice of `items` after the other.
+/// Calls `use` with one slice of `items` after the other, each twice as long as the one before.
 template <class Item, class Use>
 void forEachSlice(std::vector<Item> items, Use use) {
-  for (auto from = items.begin(); from != items.end();) {
-    const auto length = std::min<std::ptrdiff_t>(sliceLength, items.end() - from);
+  std::size_t most = firstSlice;
+  for (auto from = items.begin(); from != items.end(); most = std::min(2 * most, longestSlice)) {
+    const auto length = std::min(static_cast<std::ptrdiff_t>(most), items.end() - from);
     use(std::vector<Item>(std::make_move_iterator(from), std::make_move_iterator(from + length)));
     from += length;
   }

@@ -24,6 +24,7 @@ void QueueView::rowsWillBeAppended(std::size_t count) {
 
 void QueueView::rowsWereAppended() {
   require(list->size() == shown.size() + announced_, "not as many rows as announced");
+  arrivals.push_back(announced_);
   for (std::size_t row = shown.size(); row < list->size(); ++row)
     shown.push_back((*list)[row]);
 }

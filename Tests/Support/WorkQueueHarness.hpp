@@ -27,7 +27,8 @@ class QueueView : public JobList::Observer, public WorkQueue::Observer {
 
   const JobList* list = nullptr;  ///< what is looked at; set before anything happens
   std::vector<Job> shown;
-  std::vector<JobStatus> statuses;  ///< of all replaced rows, changes only
+  std::vector<std::size_t> arrivals;  ///< how many rows came at a time
+  std::vector<JobStatus> statuses;    ///< of all replaced rows, changes only
   std::vector<std::string> problems;
   int selectionChanges = 0;
   int activeCountChanges = 0;

@@ -53,6 +53,17 @@ class WorkQueueTest : public testing::Test {
   test::WorkQueueHarness harness;
 };
 
+TEST_F(WorkQueueTest, OfManyClipsTheFirstComeInSmallPortions) {
+  holdTheModel();
+  harness.start();
+  std::vector<fs::path> clips;
+  for (int number = 0; number < 1000; ++number)
+    clips.push_back(harness.engine.folder / (std::to_string(number) + ".mov"));
+  harness.queue().enqueueClips(clips);
+  harness.runUntilSize(clips.size());
+  EXPECT_THAT(harness.view.arrivals, ElementsAre(4, 8, 16, 32, 64, 128, 256, 256, 236));
+}
+
 TEST_F(WorkQueueTest, ADroppedClipBecomesASidecar) {
   harness.start();
   const fs::path clip = harness.clip("a.mov");

@@ -1,35 +1,24 @@
 import QtQuick
-import QtQuick.Controls
 
 // The model that a job is described with.
-Rectangle {
+Text {
     id: pill
 
-    property string text
-
     visible: text !== ""
-    implicitWidth: Math.min(label.implicitWidth + 12, 130)
-    implicitHeight: label.implicitHeight + 3
-    radius: height / 2
-    color: Qt.alpha(Theme.text, 0.07)
+    width: Math.min(Math.ceil(implicitWidth), 130)
+    leftPadding: 6
+    rightPadding: 6
+    topPadding: 2
+    bottomPadding: 1
+    textFormat: Text.PlainText
+    font.pointSize: 10 * 72 / 96
+    elide: Text.ElideRight
+    color: Theme.text
 
-    Text {
-        id: label
-        anchors.centerIn: parent
-        width: parent.width - 12
-        text: pill.text
-        textFormat: Text.PlainText
-        font.pointSize: 10 * 72 / 96
-        elide: Text.ElideRight
-        color: Theme.text
+    Rectangle {
+        anchors.fill: parent
+        z: -1
+        radius: height / 2
+        color: Theme.pill
     }
-
-    HoverHandler {
-        id: hover
-    }
-    ToolTip.visible: hover.hovered
-    ToolTip.delay: 500
-    ToolTip.text: text
-    Accessible.role: Accessible.StaticText
-    Accessible.name: text
 }

@@ -1,10 +1,10 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 
 // One job of the queue: what it is doing, its clip, and how far it is or how it ended. Always of one height, so that
-// nothing moves when a line of it comes or goes.
-ItemDelegate {
+// nothing moves when a line of it comes or goes. Many rows are made for one picture, so each has few parts: none that
+// lays out others, one mouse area, and what few rows have only where they have it.
+Item {
     id: row
 
     required property string jobID
@@ -19,6 +19,7 @@ ItemDelegate {
     required property string badgeHelp
     required property string modelId
     required property string oneLine
+    property bool highlighted: false
     property bool listHasFocus: false
 
     // Where it is seen after a change, beside where it stands; that it is new there; that it goes over others.
@@ -26,18 +27,19 @@ ItemDelegate {
     property bool arrives: false
     property bool travels: false
 
+    signal clicked
     signal menuRequested
 
+    readonly property alias hovered: mouse.containsMouse
     readonly property string secondLine: isWorking ? "" : error || oneLine
 
+    // The part under the pointer, and what it says of itself.
+    readonly property Item pointed: hovered ? parts.childAt(mouse.mouseX, mouse.mouseY) : null
+    readonly property string help: pointed?.help ?? ""  // qmllint disable property
+
     objectName: "queueRow"
-    hoverEnabled: true
     implicitHeight: Theme.rowHeight
-    leftPadding: 12
-    rightPadding: 12
-    topPadding: 0
-    bottomPadding: 0
-    focusPolicy: highlighted || activeFocus ? Qt.TabFocus : Qt.NoFocus
+    activeFocusOnTab: highlighted || activeFocus
     focus: highlighted
 
     Accessible.role: Accessible.ListItem
@@ -49,16 +51,14 @@ ItemDelegate {
 
     Rectangle {
         anchors.fill: parent
-        z: -2
         visible: row.travels && row.z > 0
         color: Theme.sidebar
     }
-    background: Rectangle {
-        anchors.fill: parent
-        anchors.leftMargin: 6
-        anchors.rightMargin: 6
-        anchors.topMargin: 1
-        anchors.bottomMargin: 1
+    Rectangle {
+        x: 6
+        y: 1
+        width: row.width - 12
+        height: row.height - 2
         radius: Theme.radius
         color: row.highlighted ? (row.listHasFocus ? Theme.selection : Theme.quietSelection)
                                : row.hovered ? Theme.hover : "transparent"
@@ -66,56 +66,95 @@ ItemDelegate {
         border.color: Theme.accent
     }
 
-    contentItem: RowLayout {
-        spacing: 10
+    Item {
+        id: parts
 
-        StatusIcon {
+        readonly property real end: width - 12
+        readonly property real nameEnd: end - (model.visible ? model.width + 6 : 0)
+        readonly property real lineHeight: Math.max(name.height, model.visible ? model.height : 0)
+        readonly property real below: row.isWorking ? 8 : second.visible ? 4 + second.height : 0
+        readonly property real line: Math.round((height - lineHeight - below) / 2)
+        readonly property real nextLine: line + lineHeight + 4
+
+        anchors.fill: parent
+
+        Icon {
+            readonly property string help: label
             objectName: "rowStatus"
-            status: row.status
+            x: 12
+            y: (parent.height - height) / 2
+            width: size
+            height: size
+            name: Theme.statusIcons[row.status] ?? ""
+            color: Theme.statusColors[row.status] ?? Theme.text
             label: row.statusLabel
         }
-        ColumnLayout {
-            Layout.fillWidth: true
-            spacing: 4
-
-            RowLayout {
-                Layout.fillWidth: true
-                spacing: 6
-
-                Caption {
-                    objectName: "rowName"
-                    Layout.fillWidth: true
-                    Accessible.ignored: true
-                    text: row.fileName
-                    elide: Text.ElideMiddle
-                    color: Theme.text
-                }
-                BadgeView {
-                    objectName: "rowBadge"
-                    badge: row.badge
-                    help: row.badgeHelp
-                }
-                ModelPill {
-                    objectName: "rowModel"
-                    text: row.modelId
-                }
+        Text {
+            id: name
+            readonly property string help: truncated ? text : ""
+            objectName: "rowName"
+            x: 42
+            y: parts.line + Math.round((parts.lineHeight - height) / 2)
+            width: parts.nameEnd - x - (badge.active ? badge.width + 6 : 0)
+            Accessible.ignored: true
+            text: row.fileName
+            textFormat: Text.PlainText
+            elide: Text.ElideMiddle
+            maximumLineCount: 1
+            horizontalAlignment: Text.AlignLeft  // beside its neighbours, also when it is written from right to left
+            font: Theme.bodyFont
+            color: Theme.text
+        }
+        Loader {
+            id: badge
+            readonly property string help: row.badgeHelp
+            x: parts.nameEnd - width
+            y: parts.line + (parts.lineHeight - height) / 2
+            active: row.badge !== "none" && row.badge !== ""
+            // qmllint disable unqualified
+            sourceComponent: BadgeView {
+                badge: row.badge
+                label: row.badgeHelp
             }
-            ThinProgressBar {
+            // qmllint enable unqualified
+        }
+        ModelPill {
+            id: model
+            readonly property string help: text
+            objectName: "rowModel"
+            x: parts.end - width
+            y: parts.line + Math.round((parts.lineHeight - height) / 2)
+            text: row.modelId
+        }
+        Loader {
+            x: name.x
+            y: parts.nextLine
+            width: parts.end - x
+            active: row.isWorking
+            // qmllint disable unqualified
+            sourceComponent: ThinProgressBar {
                 objectName: "rowProgress"
-                Layout.fillWidth: true
-                visible: row.isWorking
                 value: row.progress
                 label: "Progress of " + row.fileName
             }
-            Caption {
-                objectName: "rowSecondLine"
-                Layout.fillWidth: true
-                visible: text !== ""
-                Accessible.ignored: true
-                text: row.secondLine
-                font.pixelSize: Theme.captionSize
-                color: row.error ? Theme.red : Theme.secondaryText
-            }
+            // qmllint enable unqualified
+        }
+        Text {
+            id: second
+            readonly property string help: truncated ? text : ""
+            objectName: "rowSecondLine"
+            x: name.x
+            y: parts.nextLine
+            width: parts.end - x
+            visible: text !== ""
+            Accessible.ignored: true
+            text: row.secondLine
+            textFormat: Text.PlainText
+            elide: Text.ElideRight
+            maximumLineCount: 1
+            horizontalAlignment: Text.AlignLeft
+            font: Theme.captionFont
+            color: row.error ? Theme.red : Theme.secondaryText
         }
     }
 
@@ -124,6 +163,7 @@ ItemDelegate {
         id: mouse
         anchors.fill: parent
         acceptedButtons: Qt.LeftButton | Qt.RightButton
+        hoverEnabled: true
         preventStealing: true
         drag.target: carried
         drag.threshold: 8
@@ -143,5 +183,17 @@ ItemDelegate {
         Drag.supportedActions: Qt.CopyAction
         Drag.mimeData: ({ "text/uri-list": row.uriList, "application/x-tarquel-job": row.jobID })
         Drag.imageSource: "image://icons/film/" + String(Theme.accent).slice(-6)
+    }
+    Loader {
+        active: row.help !== ""
+        // qmllint disable unqualified
+        sourceComponent: ToolTip {
+            objectName: "rowHelp"
+            parent: row.pointed
+            visible: text !== ""
+            delay: 500
+            text: row.help
+        }
+        // qmllint enable unqualified
     }
 }

@@ -47,7 +47,7 @@ FocusScope {
         currentIndex: -1
         keyNavigationEnabled: false
         reuseItems: true
-        cacheBuffer: 200
+        cacheBuffer: 0  // what is not seen yet costs this picture more than it spares the next one
         topMargin: 4
         bottomMargin: 8
         // A row that glides in from below stands there already.
@@ -143,6 +143,12 @@ FocusScope {
             }
             event.accepted = true
         }
+    }
+
+    // Rows that come are made at once, so that whoever brings them sees what that costs and lets the window draw.
+    Connections {
+        target: sidebar.app.jobs
+        function onCountChanged() { list.forceLayout() }
     }
 
     QueueGlide {

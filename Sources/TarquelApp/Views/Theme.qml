@@ -19,6 +19,7 @@ QtObject {
     readonly property color hover: dark ? "#2c2f34" : "#e6e3dd"
     readonly property color selection: dark ? "#2d4266" : "#d3e1f9"
     readonly property color quietSelection: dark ? "#34373d" : "#dfdcd6"
+    readonly property color pill: Qt.alpha(text, 0.07)
     readonly property color green: dark ? "#3fa563" : "#23803f"
     readonly property color greenText: dark ? "#6ccf8f" : "#1b6b34"
     readonly property color red: dark ? "#f79ba0" : "#b3242f"
@@ -62,6 +63,8 @@ QtObject {
     readonly property real bodySize: Math.max(Application.font.pixelSize, Application.font.pointSize * 96 / 72)
     readonly property real captionSize: bodySize * 0.87
     readonly property real titleSize: bodySize * 1.25
+    readonly property font bodyFont: Application.font
+    readonly property font captionFont: Qt.font({ family: bodyFont.family, pixelSize: captionSize })
     // A row of the queue, with room for its two lines; a section's title; a command of a menu.
     readonly property int rowHeight: Math.max(52, Math.ceil(bodySize * 2.9))
     readonly property int titleHeight: Math.max(32, Math.ceil(captionSize * 2.4))
