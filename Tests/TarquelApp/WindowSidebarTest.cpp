@@ -1,5 +1,6 @@
 // The sidebar: the queue in its sections, and what a row tells of its job.
 
+#include <QFontInfo>
 #include <QTest>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -207,6 +208,7 @@ TEST_F(WindowSidebar, APillNamesTheModel) {
   drop("a.mov", done);
   expectSoon([&] { return partOf("a.mov", "rowModel"); }, "configured-model");
   expectSoon([&] { return helpOf("a.mov", "rowModel"); }, "configured-model");
+  EXPECT_EQ(QFontInfo(inside(row("a.mov"), "rowModel").property("font").value<QFont>()).pixelSize(), 10);
 }
 
 TEST_F(WindowSidebar, AJobWithAnEmptyModelHasNoPill) {
