@@ -144,12 +144,16 @@ TEST(TaskScope, ThreadsOfEndedTasksAreGivenBack) {
     return std::count(std::istreambuf_iterator<char>(table), {}, '\n');
   };
   TaskScope scope;
+  const auto runTasks = [&] {
+    for (int round = 0; round < 300; ++round) {
+      std::latch ran(1);
+      scope.start([&](std::stop_token) { ran.count_down(); });
+      ran.wait();
+    }
+  };
+  runTasks();  // a sanitizer keeps lines of its own for the first threads, and no more for later ones
   const auto before = mappings();
-  for (int round = 0; round < 300; ++round) {
-    std::latch ran(1);
-    scope.start([&](std::stop_token) { ran.count_down(); });
-    ran.wait();
-  }
+  runTasks();
   EXPECT_LT(mappings() - before, 150);
 }
 
